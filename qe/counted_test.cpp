@@ -1,0 +1,65 @@
+#include "qe/counted.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "qe/fatal_error.h"
+
+namespace {
+
+struct Probe : qe::Counted {
+    explicit Probe(int* deaths) : deaths(deaths) {}
+    ~Probe() override { ++*deaths; }
+    int* deaths;
+};
+
+TEST(Counted, RefTakesAndDropsOneReferenceAndLastDropDestroys) {
+    int deaths = 0;
+    auto* p = new Probe(&deaths);
+    EXPECT_EQ(p->refCount(), 0u);
+    {
+        qe::Ref<Probe> a(p);
+        EXPECT_EQ(p->refCount(), 1u);
+        qe::Ref<Probe> b = a;
+        EXPECT_EQ(p->refCount(), 2u);
+        qe::Ref<Probe> c = std::move(b);
+        EXPECT_FALSE(b);
+        EXPECT_EQ(p->refCount(), 2u);
+        a.reset();
+        EXPECT_EQ(deaths, 0);
+    }
+    EXPECT_EQ(deaths, 1);
+}
+
+TEST(Counted, AdoptKeepsTheFactorysReference) {
+    int deaths = 0;
+    auto* p = new Probe(&deaths);
+    p->addRef();
+    {
+        auto r = qe::Ref<Probe>::adopt(p);
+        EXPECT_EQ(p->refCount(), 1u);
+    }
+    EXPECT_EQ(deaths, 1);
+}
+
+TEST(Counted, CountsStayExactAcrossThreads) {
+    int deaths = 0;
+    qe::Ref<Probe> root(new Probe(&deaths));
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10000; ++i) qe::Ref<Probe> copy = root;
+        });
+    for (auto& t : threads) t.join();
+    EXPECT_EQ(root->refCount(), 1u);
+    root.reset();
+    EXPECT_EQ(deaths, 1);
+}
+
+TEST(FatalErrorDeathTest, WritesTheTextAndAborts) {
+    EXPECT_DEATH(qe::fatalError("broken invariant"), "broken invariant");
+}
+
+}  // namespace
