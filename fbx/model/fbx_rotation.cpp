@@ -172,11 +172,12 @@ FbxVector4 AnglesFromRotation(const FbxAMatrix& m, int order) {
 
 FbxAMatrix MatrixFromQuaternion(const FbxQuaternion& q) {
     FbxAMatrix m;
+    // A quaternion of length 0 (or one so short that the scale overflows,
+    // or not a number) has no rotation: the identity.
     const double n = q.SquareLength();
+    if (!(n > 0.0)) return m;
     const double s = 2.0 / n;
-    // A quaternion of length 0 (or one so short or long that the scale
-    // overflows, or not a number) has no rotation: the identity.
-    if (!(n > 0.0) || !std::isfinite(s)) return m;
+    if (!std::isfinite(s)) return m;
     const double x = q[0], y = q[1], z = q[2], w = q[3];
     const double xx = x * x, yy = y * y, zz = z * z;
     const double xy = x * y, xz = x * z, yz = y * z;
