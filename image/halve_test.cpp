@@ -42,16 +42,4 @@ TEST(Halve, OddHeightDropsTheLastRow) {
     EXPECT_EQ(p[0], 1);
 }
 
-TEST(Halve, BoxOfTwoByTwoIsTwoTruncatingAveragesWidthFirst) {
-    // (1 + 2) >> 1 = 1 and (2 + 2) >> 1 = 2, then (1 + 2) >> 1 = 1; an exact
-    // box average would give 1.75.
-    std::vector<uint8_t> p = {1, 1, 1, 1, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
-    int32_t w = 2, h = 2;
-    halveWidth(p.data(), w, h);
-    halveHeight(p.data(), w, h);
-    EXPECT_EQ(w, 1);
-    EXPECT_EQ(h, 1);
-    EXPECT_EQ(p[0], 1);
-}
-
 }  // namespace

@@ -77,15 +77,4 @@ TEST(MipChain, DxtLevelsMatchTheLibraryOnTheSameHalvedPixels) {
     EXPECT_EQ(0, memcmp(blocks, c.record->data.data() + 24, 8));
 }
 
-TEST(MipChain, LevelSizesPerFormat) {
-    // 6 by 5, 3 levels (6x5, 3x2, 1x1).
-    std::vector<uint8_t> px = patternPixels(6, 5, 4);
-    EXPECT_EQ(Chain(px, 6, 5, 3, TextureFormat::R8, encodeRedChannel).record->data.size(), 30u + 6u + 1u);
-    EXPECT_EQ(Chain(px, 6, 5, 3, TextureFormat::X8R8G8B8, encodeRawCopy).record->data.size(), 4u * 37u);
-    EXPECT_EQ(Chain(px, 6, 5, 3, TextureFormat::DXT5, encodeDxt5).record->data.size(), 16u * (4 + 1 + 1));
-    EXPECT_EQ(Chain(px, 6, 5, 3, TextureFormat::DXT3, encodeDxt3).record->data.size(), 16u * (4 + 1 + 1));
-    // A 1 by 1 DXT1 image is one block of 8 bytes.
-    EXPECT_EQ(Chain(patternPixels(1, 1, 4), 1, 1, 1, TextureFormat::DXT1, encodeDxt1).record->data.size(), 8u);
-}
-
 }  // namespace

@@ -19,14 +19,6 @@ TEST(PathText, ParentPathWindowsStyle) {
     EXPECT_EQ(qe::parentPath("default.settings", w), "");
 }
 
-TEST(PathText, ParentPathPosixStyleIgnoresBackslashAndColon) {
-    const auto p = PathStyle::Posix;
-    EXPECT_EQ(qe::parentPath("a\\b.png", p), "");
-    EXPECT_EQ(qe::parentPath("C:x.png", p), "");
-    EXPECT_EQ(qe::parentPath("/x.png", p), "/");
-    EXPECT_EQ(qe::parentPath("a/b/c", p), "a/b");
-}
-
 TEST(PathText, StripExtension) {
     const auto w = PathStyle::Windows;
     EXPECT_EQ(qe::stripExtension("/art/a.b.png", w), "/art/a.b");

@@ -130,29 +130,6 @@ TEST_F(Kivatran, ConvertsSeveralImagesInOrderAndListsDependencies) {
     EXPECT_EQ(readFile(dir.file("again.kiva")), kiva);
 }
 
-TEST_F(Kivatran, TwoByTwoRawTextureIsLaidOutExactly) {
-    image("t.png", 2, 2, 4, 3);
-    dir.write("t.png.settings", "resource-root: x\ntexture-format-alpha: rgba\nsrgb-texname-expression: x\n");
-    // A 2x2 image has one level: its chain would end at 2x2 anyway.
-    Result r = run({"-o", "t.kiva", "t.png"});
-    ASSERT_EQ(r.code, 0) << r.err;
-    const std::string k = readFile(dir.file("t.kiva"));
-    // header, texture table at 104, texel data at 128 (16 bytes), strings.
-    EXPECT_EQ(u64(k, 40), 104u);
-    EXPECT_EQ(u16(k, 104), 0);                   // name: string 0
-    EXPECT_EQ(uint8_t(k[106]), 1);               // A8R8G8B8
-    EXPECT_EQ(uint8_t(k[107]), 0x81);            // 1 level, sRGB
-    EXPECT_EQ(u16(k, 108), 2);
-    EXPECT_EQ(u16(k, 110), 2);
-    EXPECT_EQ(u64(k, 112), 16u);
-    EXPECT_EQ(u64(k, 120), 128u);
-    EXPECT_EQ(k.substr(128, 16), std::string(reinterpret_cast<const char*>(patternPixels(2, 2, 4, 3).data()), 16));
-    EXPECT_EQ(u64(k, 32), 144u);                 // string table
-    EXPECT_EQ(u64(k, 152), 160u);
-    EXPECT_EQ(k.substr(160, 8), std::string("xt.png\0\0", 8));
-    EXPECT_EQ(k.size(), 168u);
-}
-
 TEST_F(Kivatran, DependencyListOnStandardOutputAfterTheOutput) {
     image("a.png", 2, 2, 3);
     Result r = run({"-o", "o.kiva", "a.png", "--dependencies", "-"});

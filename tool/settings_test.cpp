@@ -105,24 +105,6 @@ TEST(SettingsStore, WalkFollowsTheTextOfThePath) {
     EXPECT_EQ(walk("c:b.png"), (V{"c:/default.settings", "c:b.png.settings"}));
 }
 
-TEST(SettingsParent, RootsAndSeparatorRuns) {
-    std::string p;
-    EXPECT_TRUE(settingsParentDirectory("a/b", p));
-    EXPECT_EQ(p, "a");
-    EXPECT_TRUE(settingsParentDirectory("a", p));
-    EXPECT_EQ(p, "");
-    EXPECT_FALSE(settingsParentDirectory("", p));
-    EXPECT_FALSE(settingsParentDirectory("/", p));
-    EXPECT_FALSE(settingsParentDirectory("C:/", p));
-    EXPECT_FALSE(settingsParentDirectory("C:\\\\", p));
-    EXPECT_TRUE(settingsParentDirectory("C:\\x", p));
-    EXPECT_EQ(p, "C:\\");
-    EXPECT_TRUE(settingsParentDirectory("x/a:b/c", p));  // a ':' behind a separator is no drive
-    EXPECT_EQ(p, "x/a:b");
-    EXPECT_TRUE(settingsParentDirectory("//server/share", p));
-    EXPECT_EQ(p, "//server");
-}
-
 struct StoreFixture : ::testing::Test {
     ScratchDir dir;
     std::ostringstream err;
