@@ -7,6 +7,7 @@
 #include "tarn/kiva_builder.h"
 #include "tarn/kiva_container.h"
 #include "tarn/kiva_writer.h"
+#include "tarn/material_cache.h"
 #include "tool/command_line.h"
 #include "tool/dependency_set.h"
 #include "tool/error_reporter.h"
@@ -77,6 +78,8 @@ int runKivatran(int argc, const char* const* argv, std::ostream& err, std::ostre
     ErrorReporter errors(err);
     DependencySet dependencies;
     SettingsStore settings(dependencies, errors);
+    // Shared by every scene of the run, so that equal materials become one.
+    tarn::MaterialCache materialCache;
     tarn::KivaContainer container;
     tarn::KivaBuilder builder(&container);
 
@@ -91,7 +94,7 @@ int runKivatran(int argc, const char* const* argv, std::ostream& err, std::ostre
             }
             break;
         case InputKind::Scene:
-            convertSceneInput(input, options, builder, settings, dependencies, errors);
+            convertSceneInput(input, options, builder, materialCache, settings, dependencies, errors);
             break;
         case InputKind::Unknown:
             errors.error(input) << "unrecognized extension\n";

@@ -3,8 +3,8 @@
 #include "tool/dependency_set.h"
 #include "tool/error_reporter.h"
 
-void convertSceneInput(const std::string& path, const Options&, tarn::KivaBuilder&, SettingsStore&,
-                       DependencySet& dependencies, ErrorReporter& errors) {
+void convertSceneInput(const std::string& path, const Options&, tarn::KivaBuilder&, tarn::MaterialCache&,
+                       SettingsStore&, DependencySet& dependencies, ErrorReporter& errors) {
     dependencies.add(path);
     errors.error(path) << "scene input is not supported by this build\n";
 }
