@@ -101,6 +101,23 @@ TEST(KivaBuilderDeathTest, PitchBelowOneRowStops) {
     EXPECT_DEATH(texture->writeLevel(0, pixels.data(), 15, 0), "pitch too small for copyTextureData");
 }
 
+TEST(KivaBuilderDeathTest, WritesOutsideTheLevelsOrAfterTheBuilderStop) {
+    KivaContainer container;
+    qe::Ref<Texture> texture;
+    qe::Ref<VertexBuffer> buffer;
+    const uint8_t pixels[64] = {};
+    {
+        KivaBuilder builder(&container);
+        texture = builder.createTexture(TextureFormat::A8R8G8B8, 4, 4, 1, 7, 0);
+        buffer = builder.createVertexBuffer(VertexFormat::Position3, 1, 0, 0);
+        EXPECT_DEATH(texture->writeLevel(1, pixels, 0, 0), "texture level out of range");
+        EXPECT_DEATH(texture->writeLevel(-1, pixels, 0, 0), "texture level out of range");
+    }
+    EXPECT_DEATH(texture->writeLevel(0, pixels, 0, 0), "texture written after its builder is gone");
+    EXPECT_DEATH(buffer->writeData(pixels, 12), "buffer written after its builder is gone");
+    EXPECT_EQ(texture->width(), 0u);
+}
+
 TEST(KivaBuilderDeathTest, CubeTexturesAreNotSupported) {
     KivaContainer container;
     KivaBuilder builder(&container);

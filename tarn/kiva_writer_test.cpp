@@ -172,6 +172,36 @@ TEST(KivaWriter, ObjectTablesHoldAtMost65535Rows) {
     }
 }
 
+TEST(KivaWriter, ListsInsideRowsAndTextureSidesMustFitSixteenBits) {
+    auto expectError = [](const KivaContainer& container, const char* text) {
+        try {
+            serializeKiva(container);
+            ADD_FAILURE() << "no error";
+        } catch (const std::runtime_error& e) {
+            EXPECT_STREQ(e.what(), text);
+        }
+    };
+    {
+        KivaContainer container;
+        auto skeleton = qe::Ref<AnimSkeleton>(new AnimSkeleton);
+        skeleton->bones.resize(65536);
+        container.addModel("", identity(), container.addSkeleton(skeleton));
+        expectError(container, "too many");
+        skeleton->bones.resize(65535);
+        KivaBytes file(serializeKiva(container));
+        EXPECT_EQ(file.u16(file.table(T::Skeletons)), 65535);
+        EXPECT_EQ(file.size(), file.table(T::Skeletons) + 16 + 65535 * 132 + 4) << "no strings, 4 bytes padding";
+    }
+    {
+        KivaContainer container;
+        container.addModel("", identity(), nullptr)->meshBindings.resize(65536);
+        expectError(container, "too many");
+    }
+    KivaContainer container;
+    container.addTexture("wide", 0, 65536, 1, 0, false, 0);
+    expectError(container, "texture too large");
+}
+
 // A model with one binding of a mesh with two groups over one material.
 struct SceneFixture : ::testing::Test {
     KivaContainer container;
