@@ -39,22 +39,21 @@ TEST_P(TextureLevels, OffsetsAndPitchesFollowTheFormatsBlocks) {
     EXPECT_EQ(texture->height(), static_cast<uint32_t>(c.height));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Formats, TextureLevels,
-    ::testing::Values(
-        // 5x3 DXT1: 2x1 blocks, then 1x1, 1x1.
-        LevelCase{TextureFormat::DXT1, 5, 3, 3, {{0, 16}, {16, 8}, {24, 8}}, 32},
-        LevelCase{TextureFormat::DXT5, 5, 3, 3, {{0, 32}, {32, 16}, {48, 16}}, 64},
-        LevelCase{TextureFormat::DXT3, 8, 8, 4, {{0, 32}, {64, 16}, {80, 16}, {96, 16}}, 112},
-        // 1x1 keeps 1x1 on every level.
-        LevelCase{TextureFormat::A8R8G8B8, 1, 1, 3, {{0, 4}, {4, 4}, {8, 4}}, 12},
-        // Non-square: 4x1 halves to 2x1, 1x1.
-        LevelCase{TextureFormat::X8R8G8B8, 4, 1, 3, {{0, 16}, {16, 8}, {24, 4}}, 28},
-        // Odd sizes: 5x3, 2x1, 1x1 in one byte per texel.
-        LevelCase{TextureFormat::R8, 5, 3, 3, {{0, 5}, {15, 2}, {17, 1}}, 18},
-        LevelCase{TextureFormat::RGBA32F, 2, 2, 1, {{0, 32}}, 64},
-        LevelCase{TextureFormat::Invalid, 0, 0, 0, {}, 0},
-        LevelCase{TextureFormat::Invalid, 4, 4, 2, {{0, 0}, {0, 0}}, 0}));
+INSTANTIATE_TEST_SUITE_P(Formats, TextureLevels,
+                         ::testing::Values(
+                             // 5x3 DXT1: 2x1 blocks, then 1x1, 1x1.
+                             LevelCase{TextureFormat::DXT1, 5, 3, 3, {{0, 16}, {16, 8}, {24, 8}}, 32},
+                             LevelCase{TextureFormat::DXT5, 5, 3, 3, {{0, 32}, {32, 16}, {48, 16}}, 64},
+                             LevelCase{TextureFormat::DXT3, 8, 8, 4, {{0, 32}, {64, 16}, {80, 16}, {96, 16}}, 112},
+                             // 1x1 keeps 1x1 on every level.
+                             LevelCase{TextureFormat::A8R8G8B8, 1, 1, 3, {{0, 4}, {4, 4}, {8, 4}}, 12},
+                             // Non-square: 4x1 halves to 2x1, 1x1.
+                             LevelCase{TextureFormat::X8R8G8B8, 4, 1, 3, {{0, 16}, {16, 8}, {24, 4}}, 28},
+                             // Odd sizes: 5x3, 2x1, 1x1 in one byte per texel.
+                             LevelCase{TextureFormat::R8, 5, 3, 3, {{0, 5}, {15, 2}, {17, 1}}, 18},
+                             LevelCase{TextureFormat::RGBA32F, 2, 2, 1, {{0, 32}}, 64},
+                             LevelCase{TextureFormat::Invalid, 0, 0, 0, {}, 0},
+                             LevelCase{TextureFormat::Invalid, 4, 4, 2, {{0, 0}, {0, 0}}, 0}));
 
 TEST(KivaBuilderTexture, WriteLevelHonoursPitchesAndFaces) {
     KivaContainer container;
