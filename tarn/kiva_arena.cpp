@@ -1,7 +1,8 @@
 #include "tarn/kiva_arena.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdlib>
+#include <new>
 
 namespace tarn {
 
@@ -16,7 +17,9 @@ uint64_t KivaArena::allocate(uint64_t size) {
     if (chunks_.empty() || chunks_.back().capacity - chunks_.back().used < rounded) {
         // Chunks grow with the file, so that their number stays logarithmic.
         const uint64_t capacity = std::max<uint64_t>(roundUp(std::max(total_, rounded), 1024), 1024);
-        chunks_.push_back({total_, capacity, 0, std::unique_ptr<uint8_t[]>(new uint8_t[capacity]())});
+        auto* storage = static_cast<uint8_t*>(std::calloc(capacity, 1));
+        if (!storage) throw std::bad_alloc();
+        chunks_.push_back({total_, capacity, 0, std::unique_ptr<uint8_t, FreeStorage>(storage)});
     }
     const uint64_t offset = total_;
     total_ += rounded;
@@ -31,10 +34,14 @@ uint8_t* KivaArena::at(uint64_t offset) {
 }
 
 std::vector<uint8_t> KivaArena::bytes() const {
-    std::vector<uint8_t> out(total_);
-    for (const Chunk& c : chunks_)
-        if (c.used > 0) std::memcpy(out.data() + c.base, c.storage.get(), c.used);
+    // Chunks follow each other without gaps, so appending their used parts
+    // lays every block at its offset.
+    std::vector<uint8_t> out;
+    out.reserve(total_);
+    for (const Chunk& c : chunks_) out.insert(out.end(), c.storage.get(), c.storage.get() + c.used);
     return out;
 }
+
+void KivaArena::FreeStorage::operator()(uint8_t* p) const { std::free(p); }
 
 }  // namespace tarn

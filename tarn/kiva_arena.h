@@ -23,11 +23,16 @@ public:
     std::vector<uint8_t> bytes() const;
 
 private:
+    struct FreeStorage {
+        void operator()(uint8_t* p) const;
+    };
     struct Chunk {
         uint64_t base;
         uint64_t capacity;
         uint64_t used;
-        std::unique_ptr<uint8_t[]> storage;
+        // From calloc: large chunks come as fresh zero pages, so that the
+        // part of a chunk that is never used costs no writes.
+        std::unique_ptr<uint8_t, FreeStorage> storage;
     };
 
     std::vector<Chunk> chunks_;

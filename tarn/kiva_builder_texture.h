@@ -23,8 +23,9 @@ public:
         : factory_(factory), record_(record), levels_(std::move(levels)) {}
 
     TextureFactory* factory() const override;
-    uint32_t width() const override { return record_->width; }
-    uint32_t height() const override { return record_->height; }
+    // 0 once the builder is gone.
+    uint32_t width() const override { return record_ ? record_->width : 0; }
+    uint32_t height() const override { return record_ ? record_->height : 0; }
     void writeLevel(int32_t level, const void* source, size_t sourcePitch, uint32_t face) override;
 
     KivaBuilder* builder() const { return factory_; }

@@ -28,7 +28,8 @@ private:
     BufferRecord* record_;
 };
 
-// Copies at most record.data.size() bytes into the start of the record.
-void writeBufferData(BufferRecord& record, const void* bytes, size_t size);
+// Copies at most record->data.size() bytes into the start of the record;
+// a null record (the builder is gone) stops the program.
+void writeBufferData(BufferRecord* record, const void* bytes, size_t size);
 
 }  // namespace tarn

@@ -17,8 +17,17 @@ static_assert(sizeof(AnimTransform) == 28, "transforms are copied as they lie in
 namespace {
 
 // Positions of the tables in the header's count and offset arrays.
-enum HeaderSlot { kStrings, kTextures, kVertexBuffers, kIndexBuffers, kMaterials, kMeshes, kSkeletons, kModels,
-                  kAnimations };
+enum HeaderSlot {
+    kStrings,
+    kTextures,
+    kVertexBuffers,
+    kIndexBuffers,
+    kMaterials,
+    kMeshes,
+    kSkeletons,
+    kModels,
+    kAnimations
+};
 
 constexpr uint64_t kHeaderSize = 104;
 constexpr size_t kMaxRows = 65535;
@@ -29,6 +38,13 @@ void put32(uint8_t* p, uint32_t v) { std::memcpy(p, &v, 4); }
 void put64(uint8_t* p, uint64_t v) { std::memcpy(p, &v, 8); }
 void putBytes(uint8_t* p, const void* data, size_t size) {
     if (size > 0) std::memcpy(p, data, size);
+}
+
+// A sub-list's 16-bit count. Longer lists would be cut short in the file,
+// so they fail like an overfull table.
+uint16_t count16(size_t count) {
+    if (count > kMaxRows) throw std::runtime_error("too many");
+    return static_cast<uint16_t>(count);
 }
 
 // Record address to row index, with the records in index order.
@@ -113,7 +129,7 @@ private:
             uint8_t* row = arena_.at(base + 80 * i);
             put16(row, stringIndex(model.name));
             put16(row + 2, objectIndex(model.skeleton, skeletons_));
-            put16(row + 4, static_cast<uint16_t>(model.meshBindings.size()));
+            put16(row + 4, count16(model.meshBindings.size()));
             putBytes(row + 8, model.matrix.data(), 64);
             const uint64_t bindings = payload(80 * model.meshBindings.size());
             put64(row + 72, bindings);
@@ -122,7 +138,7 @@ private:
                 uint8_t* entry = arena_.at(bindings + 80 * b);
                 put16(entry, stringIndex(binding.name));
                 put16(entry + 2, objectIndex(binding.mesh, meshes_));
-                put16(entry + 4, static_cast<uint16_t>(binding.boneMap.size()));
+                put16(entry + 4, count16(binding.boneMap.size()));
                 putBytes(entry + 8, binding.matrix.data(), 64);
                 const uint64_t map = payload(2 * binding.boneMap.size());
                 put64(entry + 72, map);
@@ -142,7 +158,7 @@ private:
             uint8_t* row = arena_.at(base + 16 * i);
             put16(row, objectIndex(mesh.vertexBuffer, vertexBuffers_));
             put16(row + 2, objectIndex(mesh.indexBuffer, indexBuffers_));
-            put16(row + 4, static_cast<uint16_t>(mesh.materialGroups.size()));
+            put16(row + 4, count16(mesh.materialGroups.size()));
             const uint64_t groups = payload(16 * mesh.materialGroups.size());
             put64(row + 8, groups);
             for (size_t g = 0; g < mesh.materialGroups.size(); ++g) {
@@ -164,9 +180,9 @@ private:
             const MaterialRecord& material = *materials_.rows[i];
             uint8_t* row = arena_.at(base + 32 * i);
             put16(row, stringIndex(material.shaderName));
-            put16(row + 2, static_cast<uint16_t>(material.vectorParameters.size()));
-            put16(row + 4, static_cast<uint16_t>(material.textureParameters.size()));
-            put16(row + 6, static_cast<uint16_t>(material.matrixParameters.size()));
+            put16(row + 2, count16(material.vectorParameters.size()));
+            put16(row + 4, count16(material.textureParameters.size()));
+            put16(row + 6, count16(material.matrixParameters.size()));
 
             const uint64_t vectors = payload(20 * material.vectorParameters.size());
             put64(row + 8, vectors);
@@ -201,6 +217,7 @@ private:
             put16(row, stringIndex(texture.name));
             put8(row + 2, static_cast<uint8_t>(texture.format));
             put8(row + 3, static_cast<uint8_t>((texture.mipCount & 0x7F) | (texture.srgb ? 0x80 : 0)));
+            if (texture.width > 0xFFFF || texture.height > 0xFFFF) throw std::runtime_error("texture too large");
             put16(row + 4, static_cast<uint16_t>(texture.width));
             put16(row + 6, static_cast<uint16_t>(texture.height));
             put64(row + 8, texture.data.size());
@@ -233,7 +250,7 @@ private:
             const SkeletonRecord& holder = *skeletons_.rows[i];
             const AnimSkeleton& skeleton = holder.skeleton ? *holder.skeleton : kNoBones;
             uint8_t* row = arena_.at(base + 16 * i);
-            put16(row, static_cast<uint16_t>(skeleton.bones.size()));
+            put16(row, count16(skeleton.bones.size()));
             const uint64_t bones = payload(132 * skeleton.bones.size());
             put64(row + 8, bones);
             for (size_t b = 0; b < skeleton.bones.size(); ++b) {
@@ -264,7 +281,7 @@ private:
             const Animation& animation = *holder.animation;
             const size_t boneCount = animation.boneNames.size();
             put16(row, stringIndex(animation.name));
-            put16(row + 2, static_cast<uint16_t>(boneCount));
+            put16(row + 2, count16(boneCount));
             const uint64_t names = payload(2 * boneCount);
             put64(row + 16, names);
             for (size_t b = 0; b < boneCount; ++b) put16(arena_.at(names + 2 * b), stringIndex(animation.boneNames[b]));

@@ -111,8 +111,7 @@ bool MaterialData::equalValue(const MaterialData& other) const {
 }
 
 qe::Ref<MaterialData> createMaterial(MaterialCache* cache, std::string shaderName) {
-    return qe::Ref<MaterialData>(
-        new MaterialData(cache, cache ? cache->lock_ : nullptr, std::move(shaderName)));
+    return qe::Ref<MaterialData>(new MaterialData(cache, cache ? cache->lock_ : nullptr, std::move(shaderName)));
 }
 
 void setVectorParameter(qe::Ref<MaterialData>& handle, const std::string& name, const Vector4& value) {
