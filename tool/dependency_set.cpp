@@ -1,0 +1,5 @@
+#include "tool/dependency_set.h"
+
+void DependencySet::writeTo(std::ostream& out) const {
+    for (const std::string& p : paths_) out << p << '\n';
+}

@@ -1,0 +1,107 @@
+#include "tool/driver.h"
+
+#include <string>
+#include <string_view>
+
+#include "image/convert_image.h"
+#include "tarn/kiva_builder.h"
+#include "tarn/kiva_container.h"
+#include "tarn/kiva_writer.h"
+#include "tarn/material_cache.h"
+#include "tool/command_line.h"
+#include "tool/dependency_set.h"
+#include "tool/error_reporter.h"
+#include "tool/output_file.h"
+#include "tool/scene_input.h"
+#include "tool/settings.h"
+
+namespace {
+
+enum class InputKind { Image, Scene, Unknown };
+
+// The last four characters of the path, without regard to case.
+InputKind inputKind(std::string_view path) {
+    if (path.size() < 4) return InputKind::Unknown;
+    std::string ext(path.substr(path.size() - 4));
+    for (char& c : ext)
+        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+    if (ext == ".png" || ext == ".tga") return InputKind::Image;
+    if (ext == ".fbx") return InputKind::Scene;
+    return InputKind::Unknown;
+}
+
+// Writes the output and then the dependency list; false after reporting a
+// failure.
+bool writeResults(const Options& options, const tarn::KivaContainer& container,
+                  const DependencySet& dependencies, ErrorReporter& errors, std::ostream& out) {
+    const std::vector<uint8_t> bytes = tarn::serializeKiva(container);
+    const std::string& outputPath = *options.outputPath;
+    switch (writeFileReplacing(outputPath, std::string_view(reinterpret_cast<const char*>(bytes.data()),
+                                                            bytes.size()))) {
+    case WriteOutcome::Written:
+        break;
+    case WriteOutcome::CouldNotOpen:
+        errors.error(outputPath) << "could not open for writing\n";
+        return false;
+    case WriteOutcome::WriteFailed:
+        errors.error(outputPath) << "failed trying to write\n";
+        return false;
+    }
+
+    if (!options.dependencyPath) return true;
+    const std::string& dependencyPath = *options.dependencyPath;
+    if (dependencyPath == "-") {
+        dependencies.writeTo(out);
+        out.flush();
+        return true;
+    }
+    std::string list;
+    for (const std::string& p : dependencies.paths()) {
+        list += p;
+        list += '\n';
+    }
+    if (writeFileReplacing(dependencyPath, list) != WriteOutcome::Written) {
+        errors.error(dependencyPath) << "could not write\n";
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int runKivatran(int argc, const char* const* argv, std::ostream& err, std::ostream& out) {
+    Options options;
+    if (!parseCommandLine(argc, argv, options, err)) return 1;
+
+    // Destroyed in reverse order, the reporter last, so that its summary is
+    // the last line of the run.
+    ErrorReporter errors(err);
+    DependencySet dependencies;
+    SettingsStore settings(dependencies, errors);
+    // Shared by every scene of the run, so that equal materials become one.
+    tarn::MaterialCache materialCache;
+    tarn::KivaContainer container;
+    tarn::KivaBuilder builder(&container);
+
+    for (const std::string& input : options.inputs) {
+        switch (inputKind(input)) {
+        case InputKind::Image:
+            if (options.textureMode == TextureMode::Include) {
+                // The record stays in the container; the handle is not needed.
+                convertImage(input.c_str(), TextureMode::Include, builder, settings, dependencies, errors);
+            } else {
+                errors.error(input) << "--texture-mode incompatable with image input file\n";
+            }
+            break;
+        case InputKind::Scene:
+            convertSceneInput(input, options, builder, materialCache, settings, dependencies, errors);
+            break;
+        case InputKind::Unknown:
+            errors.error(input) << "unrecognized extension\n";
+            break;
+        }
+    }
+
+    if (errors.errorCount() != 0) return 1;
+    return writeResults(options, container, dependencies, errors, out) ? 0 : 1;
+}

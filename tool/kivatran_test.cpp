@@ -1,0 +1,217 @@
+// Runs the built program as a data build would and checks what it prints,
+// what it writes and how it exits.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+#include "image/scratch_dir_testing.h"
+#include "image/test_images_testing.h"
+
+namespace {
+
+const std::string kProgram = KIVA_BIN_DIR "/kivatran";
+
+std::string usage(const std::string& program) {
+    return "usage: " + program +
+           " [options] files\n"
+           "  options:\n"
+           "    -o/--output FILENAME     output filename (required)\n"
+           "    --no-materials           exclude all materials\n"
+           "    --texture-mode           'include' (default), 'strip', 'reference'\n"
+           "    --no-baked-anim          do not bake animations\n"
+           "    --dependencies FILENAME  log dependencies to FILENAME\n";
+}
+
+std::string quote(const std::string& s) {
+    std::string q = "'";
+    for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+}
+
+struct Result {
+    int code;
+    std::string out, err;
+};
+
+struct Kivatran : ::testing::Test {
+    ScratchDir dir;
+
+    Kivatran() { dir.write("default.settings", "resource-root: /art/\n"); }
+
+    // Runs the program in the scratch directory. prefix goes before it in the
+    // shell command (limits, traps).
+    Result run(const std::vector<std::string>& args, const std::string& prefix = "") {
+        std::string cmd = "cd " + quote(dir.path()) + " && " + prefix + quote(kProgram);
+        for (const std::string& a : args) cmd += " " + quote(a);
+        cmd += " >" + quote(dir.file(".stdout")) + " 2>" + quote(dir.file(".stderr"));
+        const int status = std::system(("/bin/sh -c " + quote(cmd)).c_str());
+        Result r{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(dir.file(".stdout")),
+              readFile(dir.file(".stderr"))};
+        std::filesystem::remove(dir.file(".stdout"));
+        std::filesystem::remove(dir.file(".stderr"));
+        return r;
+    }
+
+    void image(const std::string& name, int w, int h, int channels, uint32_t seed = 1) {
+        dir.write(name, "");
+        ASSERT_TRUE(writePng(dir.file(name), w, h, channels, patternPixels(w, h, channels, seed)));
+    }
+};
+
+uint16_t u16(const std::string& b, size_t at) { return uint16_t(uint8_t(b[at]) | uint8_t(b[at + 1]) << 8); }
+uint64_t u64(const std::string& b, size_t at) {
+    uint64_t v = 0;
+    for (int i = 7; i >= 0; --i) v = v << 8 | uint8_t(b[at + size_t(i)]);
+    return v;
+}
+
+TEST_F(Kivatran, MissingInputsOrOutputAreUsageErrors) {
+    Result r = run({});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "No input files supplied.\n" + usage(kProgram));
+    EXPECT_EQ(r.out, "");
+    r = run({"-o", "out.kiva"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "No input files supplied.\n" + usage(kProgram));
+    r = run({"in.png"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "No output file supplied.\n" + usage(kProgram));
+}
+
+TEST_F(Kivatran, UsageErrorsPrintTheirMessageAndTheUsageText) {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"--texture-mode", "include", "--texture-mode", "strip", "a.png"}, "-texture-mode can only be supplied once.\n"},
+        {{"a.png", "--texture-mode"}, "-texture-mode must be followed by a mode name.\n"},
+        {{"--texture-mode", "Include", "a.png"}, "unknown texture mode Include\n"},
+        {{"-o", "a.kiva", "--output", "b.kiva", "a.png"}, "-o/--output can only be supplied once.\n"},
+        {{"a.png", "--output"}, "-o/--output must be followed by a filename.\n"},
+        {{"--dependencies", "d", "--dependencies", "e", "a.png"}, "--dependencies can only be supplied once.\n"},
+        {{"a.png", "-o", "x", "--dependencies"}, "--dependencies must be followed by a filename.\n"},
+        {{"--no-baked-anim", "-o", "a.kiva", "b.fbx"}, "Invalid option: --no-baked-anim\n"},
+        {{"-o", "a.kiva", "b.png", "-"}, "Invalid option: -\n"},
+    };
+    for (const auto& [args, message] : cases) {
+        Result r = run(args);
+        EXPECT_EQ(r.code, 1) << message;
+        EXPECT_EQ(r.err, message + usage(kProgram));
+    }
+    EXPECT_FALSE(fileExists(dir.file("a.kiva")));
+}
+
+TEST_F(Kivatran, ConvertsSeveralImagesInOrderAndListsDependencies) {
+    image("art/b.png", 8, 8, 3);
+    image("art/a.png", 4, 2, 4);
+    dir.write("art/a.png.settings", "texture-format-alpha: argb\n");
+    Result r = run({"--no-materials", "--no-meshes", "--bake-anims", "-o", "out.kiva", "art/b.png", "art/a.png",
+                 "--dependencies", "deps.txt"});
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(readFile(dir.file("deps.txt")),
+              "art/a.png\nart/a.png.settings\nart/b.png\nart/b.png.settings\nart/default.settings\n"
+              "default.settings\n");
+    const std::string kiva = readFile(dir.file("out.kiva"));
+    ASSERT_GE(kiva.size(), 104u);
+    EXPECT_EQ(kiva.substr(0, 8), std::string("aviK\0\0\3\0", 8));
+    EXPECT_EQ(u16(kiva, 10), 2);  // two textures
+    const size_t table = size_t(u64(kiva, 40));
+    EXPECT_EQ(uint8_t(kiva[table + 2]), 4);        // first row: b.png, DXT1
+    EXPECT_EQ(uint8_t(kiva[table + 24 + 2]), 1);   // second row: a.png, A8R8G8B8
+    EXPECT_EQ(uint8_t(kiva[table + 24 + 3]), 2);   // 4x2 -> 2 levels
+    EXPECT_EQ(u64(kiva, table + 24 + 8), 32u + 8u);
+    EXPECT_NE(kiva.find("/art/art/b.png"), std::string::npos);
+
+    // The same inputs give the same bytes.
+    EXPECT_EQ(run({"-o", "again.kiva", "art/b.png", "art/a.png"}).code, 0);
+    EXPECT_EQ(readFile(dir.file("again.kiva")), kiva);
+}
+
+TEST_F(Kivatran, DependencyListOnStandardOutputAfterTheOutput) {
+    image("a.png", 2, 2, 3);
+    Result r = run({"-o", "o.kiva", "a.png", "--dependencies", "-"});
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out, "a.png\na.png.settings\ndefault.settings\n");
+    EXPECT_TRUE(fileExists(dir.file("o.kiva")));
+    // "-o -x" takes -x as the output path.
+    EXPECT_EQ(run({"-o", "-x", "a.png"}).code, 0);
+    EXPECT_TRUE(fileExists(dir.file("-x")));
+}
+
+TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {
+    image("IMAGE.PNG", 2, 2, 3);
+    image("ok.png", 2, 2, 3);
+    dir.write("out.kiva", "previous");
+    Result r = run({"-o", "out.kiva", "--dependencies", "deps.txt", "IMAGE.PNG", "a.tiff", "png", "", "scene.FBX",
+                 "ok.png", "missing.tga"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err,
+              "a.tiff: unrecognized extension\n"
+              "png: unrecognized extension\n"
+              ": unrecognized extension\n"
+              "scene.FBX: scene input is not supported by this build\n"
+              "missing.tga: could not load: can't fopen\n"
+              "5 errors\n");
+    EXPECT_EQ(r.out, "");
+    EXPECT_EQ(readFile(dir.file("out.kiva")), "previous");
+    EXPECT_FALSE(fileExists(dir.file("deps.txt")));
+}
+
+TEST_F(Kivatran, OtherTextureModesRefuseImageInputs) {
+    image("a.png", 2, 2, 3);
+    Result r = run({"--texture-mode", "strip", "-o", "o.kiva", "a.png", "b.fbx"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err,
+              "a.png: --texture-mode incompatable with image input file\n"
+              "b.fbx: scene input is not supported by this build\n2 errors\n");
+    r = run({"--texture-mode", "reference", "-o", "o.kiva", "a.png"});
+    EXPECT_EQ(r.err, "a.png: --texture-mode incompatable with image input file\n1 error\n");
+    EXPECT_FALSE(fileExists(dir.file("o.kiva")));
+}
+
+TEST_F(Kivatran, SettingsErrorsFailTheRunAndAreReportedOncePerFile) {
+    image("p/a.png", 2, 2, 3);
+    image("p/b.png", 2, 2, 3);
+    dir.write("p/default.settings", "# no comments\ntexture-max-size: 1x\n");
+    Result r = run({"-o", "o.kiva", "p/a.png", "p/b.png"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err,
+              "p/default.settings: line 1: invalid setting\n"
+              "p/default.settings: line 2: invalid integer value (\"1x\").\n"
+              "p/default.settings: line 2: invalid integer value (\"1x\").\n"
+              "3 errors\n");
+    EXPECT_FALSE(fileExists(dir.file("o.kiva")));
+}
+
+TEST_F(Kivatran, FailedWritesAreReportedAndKeepOldBytes) {
+    image("a.png", 64, 64, 4);
+    dir.makeDir("isdir");
+    Result r = run({"-o", "isdir", "a.png"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "isdir: could not open for writing\n1 error\n");
+    r = run({"-o", "no/such/dir.kiva", "a.png", "--dependencies", "d.txt"});
+    EXPECT_EQ(r.err, "no/such/dir.kiva: could not open for writing\n1 error\n");
+    EXPECT_FALSE(fileExists(dir.file("d.txt")));
+
+    // The output is written, the list is not: exit code 1.
+    r = run({"-o", "o.kiva", "a.png", "--dependencies", "isdir"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "isdir: could not write\n1 error\n");
+    EXPECT_TRUE(fileExists(dir.file("o.kiva")));
+
+    // A full disk: the file size limit stops the write half-way.
+    dir.write("full.kiva", "old");
+    r = run({"-o", "full.kiva", "a.png"}, "ulimit -f 1 && trap '' XFSZ && ");
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "full.kiva: failed trying to write\n1 error\n");
+    EXPECT_EQ(readFile(dir.file("full.kiva")), "old");
+    size_t files = 0;
+    for (auto& e : std::filesystem::directory_iterator(dir.path()))
+        if (e.path().filename().string().rfind("full.kiva", 0) == 0) ++files;
+    EXPECT_EQ(files, 1u);  // no temporary file left behind
+}
+
+}  // namespace
