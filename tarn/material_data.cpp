@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "qe/fatal_error.h"
 #include "tarn/material_cache.h"
 
 namespace tarn {
@@ -115,6 +116,7 @@ qe::Ref<MaterialData> createMaterial(MaterialCache* cache, std::string shaderNam
 }
 
 void setVectorParameter(qe::Ref<MaterialData>& handle, const std::string& name, const Vector4& value) {
+    if (!handle) qe::fatalError("parameter set on an empty material");
     qe::Ref<MaterialData> keep = handle;
     std::lock_guard guard(keep->lock_);
     MaterialData* target = keep.get();
@@ -131,6 +133,7 @@ void setVectorParameter(qe::Ref<MaterialData>& handle, const std::string& name, 
 }
 
 void setTextureParameter(qe::Ref<MaterialData>& handle, const std::string& name, const qe::Ref<Texture>& texture) {
+    if (!handle) qe::fatalError("parameter set on an empty material");
     qe::Ref<MaterialData> keep = handle;
     std::lock_guard guard(keep->lock_);
     MaterialData* target = keep.get();
