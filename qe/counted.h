@@ -20,6 +20,14 @@ public:
     void dropRef() {
         if (count_.fetch_sub(1, std::memory_order_seq_cst) == 1) release();
     }
+    // Takes a reference only while the object is alive (count above 0), so
+    // that a lookup never revives an object whose final release has begun.
+    bool tryAddRef() {
+        uint32_t c = count_.load(std::memory_order_seq_cst);
+        while (c != 0)
+            if (count_.compare_exchange_weak(c, c + 1, std::memory_order_seq_cst)) return true;
+        return false;
+    }
     uint32_t refCount() const { return count_.load(std::memory_order_seq_cst); }
 
     virtual void release() { delete this; }

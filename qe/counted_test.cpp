@@ -63,3 +63,16 @@ TEST(FatalErrorDeathTest, WritesTheTextAndAborts) {
 }
 
 }  // namespace
+
+TEST(Counted, TryAddRefRefusesAnObjectWhoseCountFellToZero) {
+    struct Kept : qe::Counted {
+        void release() override {}  // stays alive so the test can look at it
+    } kept;
+    EXPECT_FALSE(kept.tryAddRef());
+    kept.addRef();
+    EXPECT_TRUE(kept.tryAddRef());
+    EXPECT_EQ(kept.refCount(), 2u);
+    kept.dropRef();
+    kept.dropRef();
+    EXPECT_FALSE(kept.tryAddRef());
+}

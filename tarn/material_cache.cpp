@@ -35,8 +35,17 @@ qe::Ref<MaterialData> MaterialCache::intern(MaterialData* raw) {
     }
     qe::Ref<MaterialData> canonical;
     if (auto found = canonicalSet_.find(raw); found != canonicalSet_.end()) {
-        canonical = qe::Ref<MaterialData>(*found);
-    } else {
+        MaterialData* existing = *found;
+        if (existing->tryAddRef()) {
+            canonical = qe::Ref<MaterialData>::adopt(existing);
+        } else {
+            // Its final release is waiting for the lock: it leaves the set
+            // now, and an equal value takes its place below.
+            existing->canonical_ = false;
+            canonicalSet_.erase(found);
+        }
+    }
+    if (!canonical) {
         // Nobody else sees an object with one reference, so it can turn
         // canonical in place; a shared one must stay as its holders know it.
         MaterialData* c = raw->refCount() == 1 ? raw : new MaterialData(*raw, 0);

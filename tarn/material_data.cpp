@@ -72,14 +72,13 @@ void MaterialData::release() {
         delete this;
         return;
     }
-    // A lookup in the cache's set may pick the object up again between the
-    // count reaching 0 and the lock; then it lives on, and the release that
-    // follows its next fall to 0 decides. Counting the waiting releases keeps
-    // the object alive until the last of them has looked.
-    pendingReleases_.fetch_add(1);
+    // The cache's lookups take references with tryAddRef, so an object whose
+    // count fell to 0 is never picked up again: a lookup that meets it drops
+    // it from the set instead. Under the lock the count is tested again all
+    // the same before the object goes.
     std::shared_ptr<std::recursive_mutex> lock = cacheLock_;
     std::lock_guard guard(*lock);
-    if (pendingReleases_.fetch_sub(1) == 1 && refCount() == 0) delete this;
+    if (refCount() == 0) delete this;
 }
 
 uint64_t MaterialData::valueHash() const {

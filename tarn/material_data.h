@@ -73,9 +73,6 @@ private:
     bool canonical_ = false;
     qe::Ref<qe::Counted> cachedBlock_;
     void* cachedBlockKey_ = nullptr;
-    // Releases that found the count at 0 and wait for the cache lock; only the
-    // last of them may destroy the object.
-    std::atomic<uint32_t> pendingReleases_{0};
 };
 
 // A new raw material with no parameters.
