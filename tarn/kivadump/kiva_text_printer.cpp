@@ -1,5 +1,6 @@
 #include "tarn/kivadump/kiva_text_printer.h"
 
+#include <cstdio>
 #include <string>
 
 #include "tarn/kivadump/dump_format.h"
@@ -55,8 +56,11 @@ class TextPrinter {
 
   void printHeader() {
     const KivaHeader& header = file_.header;
-    out_ << "header: magic " << formatHex(header.magic) << " \"aviK\", version " << formatHex(header.version)
-         << ", " << file_.bytes.size() << " bytes\n";
+    char magic[16], version[16];
+    std::snprintf(magic, sizeof magic, "0x%08X", unsigned(header.magic));
+    std::snprintf(version, sizeof version, "0x%08X", unsigned(header.version));
+    out_ << "header: magic " << magic << " \"aviK\", version " << version << ", " << file_.bytes.size()
+         << " bytes\n";
     for (int t = 0; t < kTableCount; ++t) {
       std::string title = kTables[t].title;
       title.resize(16, ' ');
