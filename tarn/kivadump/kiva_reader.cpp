@@ -22,6 +22,10 @@ std::string quoted(std::string_view text) { return quoteText(text); }
 
 }  // namespace
 
+KivaReader::KivaReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+
+KivaReader::~KivaReader() = default;
+
 std::uint16_t KivaReader::u16(std::uint64_t at) const {
   return std::uint16_t(bytes_[at] | bytes_[at + 1] << 8);
 }
@@ -275,6 +279,8 @@ bool KivaReader::readMeshes() {
   const std::uint64_t base = file_->header.offsets[int(Table::Meshes)];
   const std::size_t count = file_->header.counts[int(Table::Meshes)];
   file_->meshes.resize(count);
+  indexValues_.clear();
+  indexValues_.resize(file_->indexBuffers.size());
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint64_t at = base + i * kMeshRowSize;
     const std::string where = row(Table::Meshes, i);
@@ -323,17 +329,12 @@ bool KivaReader::checkMeshIndices(std::size_t meshRow, std::size_t groupRow, con
                     " indices, the index buffer has " + num(indexCount));
   if (end == first) return true;
   const std::uint64_t vertexCount = mesh.vertexBuffer == kNoIndex ? 0 : file_->vertexBuffers[mesh.vertexBuffer].count;
-  const bool wide = indices->format == 1;
-  const std::uint8_t* data = bytes_.data() + indices->dataOffset;
+  std::unique_ptr<IndexRangeMax>& values = indexValues_[mesh.indexBuffer];
+  if (!values)
+    values = std::make_unique<IndexRangeMax>(bytes_.data() + indices->dataOffset, indexCount, indices->format == 1);
+  if (values->max(first, end) < vertexCount) return true;
   for (std::uint64_t i = first; i < end; ++i) {
-    std::uint32_t value;
-    if (wide) {
-      const std::uint8_t* p = data + 4 * i;
-      value = std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8 | std::uint32_t(p[2]) << 16 | std::uint32_t(p[3]) << 24;
-    } else {
-      const std::uint8_t* p = data + 2 * i;
-      value = std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8;
-    }
+    const std::uint32_t value = values->value(i);
     if (value >= vertexCount)
       return fail(where, "index data",
                   "index " + num(i) + " of index buffer " + num(mesh.indexBuffer) + " is " + num(value) +

@@ -13,16 +13,20 @@
 // material count 3".
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
+#include "tarn/kivadump/index_range_max.h"
 #include "tarn/kivadump/kiva_file.h"
 
 namespace tarn::kivaread {
 
 class KivaReader {
  public:
-  explicit KivaReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+  explicit KivaReader(std::span<const std::uint8_t> bytes);
+  ~KivaReader();
 
   // Fills `file` (whose byte views point into the reader's bytes) and gives
   // true for a valid file; gives false at the first fault.
@@ -67,6 +71,8 @@ class KivaReader {
   std::span<const std::uint8_t> bytes_;
   KivaFile* file_ = nullptr;
   std::string fault_;
+  // Built on the first group that uses each index buffer.
+  std::vector<std::unique_ptr<IndexRangeMax>> indexValues_;
 };
 
 }  // namespace tarn::kivaread
