@@ -1,5 +1,6 @@
 #include "tarn/kivadump/kivadump.h"
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -47,14 +48,25 @@ std::string parseOptions(std::span<const char* const> args, Options& options) {
   return std::string();
 }
 
+// Reads a regular file in one piece and anything else (a pipe, a device) in
+// chunks until its end. Directories and unreadable files give false.
 bool readWholeFile(const std::string& path, std::vector<std::uint8_t>& bytes) {
-  std::ifstream in(path, std::ios::binary | std::ios::ate);
+  std::error_code code;
+  const std::filesystem::file_status status = std::filesystem::status(path, code);
+  if (code || std::filesystem::is_directory(status)) return false;
+  std::ifstream in(path, std::ios::binary);
   if (!in) return false;
-  const std::streamoff size = in.tellg();
-  if (size < 0) return false;
-  bytes.resize(std::size_t(size));
-  in.seekg(0);
-  return bool(in.read(reinterpret_cast<char*>(bytes.data()), size));
+  if (std::filesystem::is_regular_file(status)) {
+    const std::uintmax_t size = std::filesystem::file_size(path, code);
+    if (code) return false;
+    bytes.resize(std::size_t(size));
+    in.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(size));
+    if (std::uintmax_t(in.gcount()) != size) return false;
+    return in.peek() == std::ifstream::traits_type::eof();  // the file grew while read: a torn copy
+  }
+  char chunk[65536];
+  while (in.read(chunk, sizeof chunk) || in.gcount() > 0) bytes.insert(bytes.end(), chunk, chunk + in.gcount());
+  return !in.bad();
 }
 
 }  // namespace

@@ -97,6 +97,8 @@ TEST_F(KivadumpTest, UsageErrorsExitTwo) {
   EXPECT_EQ(out_, std::string(kKivadumpUsage) + "\n");
   EXPECT_EQ(run({(directory_ / "missing.kiva").string().c_str()}), 1);
   EXPECT_EQ(err_, "kivadump: " + (directory_ / "missing.kiva").string() + ": cannot read the file\n");
+  EXPECT_EQ(run({directory_.c_str()}), 1);  // a directory is no file
+  EXPECT_EQ(err_, "kivadump: " + directory_.string() + ": cannot read the file\n");
 }
 
 TEST_F(KivadumpTest, ExtractTexturesWritesPngsBesideTheDump) {
