@@ -1,5 +1,7 @@
 #include "tarn/kivadump/kiva_reader.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 #include <string_view>
 #include <unordered_map>
@@ -64,6 +66,32 @@ bool KivaReader::checkBlock(const std::string& where, const char* field, std::ui
     return fail(where, field,
                 num(size) + " bytes at " + hex(offset) + " run past the end of the file (" + num(bytes_.size()) +
                     " bytes)");
+  return claim(where, field, offset, size);
+}
+
+bool KivaReader::claim(const std::string& where, const char* field, std::uint64_t offset, std::uint64_t size) {
+  // Blocks are padded to whole 8-byte units, so two blocks overlap exactly
+  // when they share a unit.
+  const std::uint64_t first = offset / kAlignment;
+  const std::uint64_t last = (offset + size + kAlignment - 1) / kAlignment;
+  auto mask = [&](std::uint64_t word) {
+    const std::uint64_t from = std::max(first, word * 64), to = std::min(last, word * 64 + 64);
+    const std::uint64_t bits = to - from == 64 ? ~std::uint64_t(0) : ((std::uint64_t(1) << (to - from)) - 1);
+    return bits << (from - word * 64);
+  };
+  for (std::uint64_t word = first / 64; word * 64 < last; ++word) {
+    const std::uint64_t taken = usedUnits_[word] & mask(word);
+    if (taken == 0) continue;
+    const std::uint64_t unit = word * 64 + std::uint64_t(std::countr_zero(taken));
+    for (const Block& block : blocks_)
+      if (block.offset / kAlignment <= unit && unit < (block.offset + block.size + kAlignment - 1) / kAlignment)
+        return fail(where, field,
+                    num(size) + " bytes at " + hex(offset) + " overlap the block of " + block.owner + " at " +
+                        hex(block.offset));
+    return fail(where, field, num(size) + " bytes at " + hex(offset) + " overlap another block");
+  }
+  for (std::uint64_t word = first / 64; word * 64 < last; ++word) usedUnits_[word] |= mask(word);
+  blocks_.push_back({offset, size, where == "header" ? std::string(field) : where + ", " + field});
   return true;
 }
 
@@ -95,6 +123,9 @@ bool KivaReader::read(KivaFile& file) {
   file.bytes = bytes_;
   file_ = &file;
   fault_.clear();
+  blocks_.clear();
+  usedUnits_.assign((bytes_.size() / kAlignment + 1 + 63) / 64, 0);
+  indexValues_.clear();
   return readHeader() && readStrings() && readTextures() && readBuffers(Table::VertexBuffers) &&
          readBuffers(Table::IndexBuffers) && readMaterials() && readMeshes() && readSkeletons() && readModels() &&
          readAnimations() && checkSizeAlignment();
@@ -116,7 +147,7 @@ bool KivaReader::readHeader() {
     header.counts[t] = u16(kHeaderCountsAt + 2 * t);
     header.offsets[t] = u64(kHeaderOffsetsAt + 8 * t);
   }
-  if (!checkReserved("header", kHeaderReservedAt, 6)) return false;
+  if (!checkReserved("header", kHeaderReservedAt, 6) || !claim("header", "header", 0, kHeaderSize)) return false;
   for (int t = 0; t < kTableCount; ++t) {
     std::string field = std::string(kTables[t].name) + " table";
     if (!checkBlock("header", field.c_str(), header.offsets[t], header.counts[t], kTables[t].rowSize)) return false;

@@ -1,7 +1,8 @@
 #pragma once
 
 // Reads a .kiva file and checks it while reading: magic and version, 8-byte
-// alignment, every offset and size inside the file, every 16-bit index inside
+// alignment, every offset and size inside the file, no two blocks sharing
+// bytes, every 16-bit index inside
 // its table, strings NUL-terminated and unique, texel data sizes against
 // format, size and mip count, buffer sizes against format and count, index
 // values below the vertex count, material parameters in name order, bone
@@ -53,6 +54,11 @@ class KivaReader {
   // multiple of 8 behind the header and end inside the file.
   bool checkBlock(const std::string& where, const char* field, std::uint64_t offset, std::uint64_t count,
                   std::uint64_t elementSize);
+  // Enters a block that checkBlock found inside the file; a block that shares
+  // bytes with one entered before is a fault. Keeps payloads from being read
+  // twice, so that the work and memory of a read stay in proportion to the
+  // file.
+  bool claim(const std::string& where, const char* field, std::uint64_t offset, std::uint64_t size);
   bool checkStringIndex(const std::string& where, const char* field, std::uint16_t index);
   bool checkObjectIndex(const std::string& where, const char* field, std::uint16_t index, Table table);
   bool checkReserved(const std::string& where, std::uint64_t offset, std::uint64_t size);
@@ -71,6 +77,13 @@ class KivaReader {
   std::span<const std::uint8_t> bytes_;
   KivaFile* file_ = nullptr;
   std::string fault_;
+  struct Block {
+    std::uint64_t offset;
+    std::uint64_t size;
+    std::string owner;  // "material 2, matrix parameters"
+  };
+  std::vector<Block> blocks_;
+  std::vector<std::uint64_t> usedUnits_;  // one bit per 8 bytes of the file
   // Built on the first group that uses each index buffer.
   std::vector<std::unique_ptr<IndexRangeMax>> indexValues_;
 };

@@ -157,12 +157,17 @@ TEST(KivaReaderTest, EachDamageGivesItsOwnFaultLine) {
       {"string past end",
        [](auto& b, auto& l, auto&) { poke32(b, l.row(0, 0), std::uint32_t(b.size() - l.stringCharacters[0])); },
        "string 0: characters: * bytes at 0x* run past the end of the file (* bytes)"},
-      {"repeated string",
+      {"shared characters",
        [](auto& b, auto& l, auto&) {
          poke32(b, l.row(0, 1), 12);
          poke64(b, l.row(0, 1) + 8, l.stringCharacters[0]);
        },
-       "string 1: characters: \"tex/wood.png\" repeats string 0"},
+       "string 1: characters: 13 bytes at 0x* overlap the block of string 0, characters at 0x*"},
+      {"repeated text",
+       [](auto& b, auto& l, auto& k) {
+         for (int i = 0; i < 3; ++i) poke8(b, l.stringCharacters[k.stringIndex("top")] + i, "hip"[i]);
+       },
+       "string *: characters: \"hip\" repeats string *"},
       {"texture name out of range", [](auto& b, auto& l, auto&) { poke16(b, l.row(1, 2), 300); },
        "texture 2: name: string index 300 is not below the string count *"},
       {"texture format", [](auto& b, auto& l, auto&) { poke8(b, l.row(1, 0) + 2, 33); },
@@ -243,6 +248,28 @@ TEST(KivaReaderTest, EachDamageGivesItsOwnFaultLine) {
        "animation 0: bone name 1: string index 40 is not below the string count *"},
       {"transforms past end", [](auto& b, auto& l, auto&) { poke32(b, l.row(8, 0) + 4, 1000000); },
        "animation 0: transforms: 56000000 bytes at 0x* run past the end of the file (* bytes)"},
+      {"tables overlap", [](auto& b, auto& l, auto&) { poke64(b, 88, l.tables[5]); },
+       "header: model table: 160 bytes at 0x* overlap the block of mesh table at 0x*"},
+      {"table in a payload", [](auto& b, auto& l, auto&) { poke64(b, 96, l.textureData[0]); },
+       "texture 0: data offset: 20 bytes at 0x* overlap the block of animation table at 0x*"},
+      {"shared texels",
+       [](auto& b, auto& l, auto&) {
+         poke64(b, l.row(1, 1) + 8, 20);
+         poke8(b, l.row(1, 1) + 2, 1);
+         poke16(b, l.row(1, 1) + 4, 2);
+         poke16(b, l.row(1, 1) + 6, 2);
+         poke8(b, l.row(1, 1) + 3, 2);
+         poke64(b, l.row(1, 1) + 16, l.textureData[0]);
+       },
+       "texture 1: data offset: 20 bytes at 0x* overlap the block of texture 0, data offset at 0x*"},
+      {"shared parameters",
+       [](auto& b, auto& l, auto&) {
+         poke16(b, l.row(4, 1) + 6, 1);
+         poke64(b, l.row(4, 1) + 24, l.materialParameters[0][2]);
+       },
+       "material 1: matrix parameters: 68 bytes at 0x* overlap the block of material 0, matrix parameters at 0x*"},
+      {"bone map in the bones", [](auto& b, auto& l, auto&) { poke64(b, l.modelBindings[0] + 72, l.skeletonBones[0] + 8); },
+       "model 0, binding 0: bone map: 6 bytes at 0x* overlap the block of skeleton 0, bones at 0x*"},
       {"truncated", [](auto& b, auto&, auto&) { b.erase(b.end() - 16, b.end()); },
        "string *: characters: * bytes at 0x* run past the end of the file (* bytes)"},
       {"odd size", [](auto& b, auto&, auto&) { b.push_back(0); }, "file: size: * bytes is not a multiple of 8"},
