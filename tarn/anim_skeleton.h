@@ -24,11 +24,11 @@ struct AnimBone {
           inverseBind(inverseBind) {}
 
     std::string name;
-    int32_t parent = -1;                 // position of the parent in the skeleton; -1 for a root
-    std::array<float, 3> translation{};  // local bind translation
-    std::array<float, 4> rotation{};     // local bind rotation, quaternion x, y, z, w
-    std::array<float, 9> scaleShear{};   // rest of the local 3x3 once the rotation is out, row by row
-    std::array<float, 16> inverseBind{}; // inverse of the bone's bind matrix
+    int32_t parent = -1;                  // position of the parent in the skeleton; -1 for a root
+    std::array<float, 3> translation{};   // local bind translation
+    std::array<float, 4> rotation{};      // local bind rotation, quaternion x, y, z, w
+    std::array<float, 9> scaleShear{};    // rest of the local 3x3 once the rotation is out, row by row
+    std::array<float, 16> inverseBind{};  // inverse of the bone's bind matrix
 };
 
 // A skeleton: bones in parent-before-child order. Filled by its maker and

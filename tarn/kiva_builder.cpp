@@ -16,9 +16,7 @@ KivaBuilder::KivaBuilder(KivaContainer* container) : container_(container) {}
 
 KivaBuilder::~KivaBuilder() {
     // Objects that outlive the builder become inert: no factory, no record.
-    textures_.forEach([](KivaBuilderTexture& t) {
-        t.unlinkFromBuilder();
-    });
+    textures_.forEach([](KivaBuilderTexture& t) { t.unlinkFromBuilder(); });
     vertexBuffers_.forEach([](KivaBuilderVertexBuffer& b) { b.unlinkFromBuilder(); });
     indexBuffers_.forEach([](KivaBuilderIndexBuffer& b) { b.unlinkFromBuilder(); });
     meshes_.forEach([](KivaBuilderMesh& m) { m.unlinkFromBuilder(); });
@@ -65,9 +63,7 @@ qe::Ref<VertexBuffer> KivaBuilder::createVertexBuffer(VertexFormat format, uint3
     return qe::Ref<VertexBuffer>(buffer);
 }
 
-qe::Ref<VertexBuffer> KivaBuilder::createDynamicVertexBuffer(VertexFormat, uint32_t, uint32_t, uint32_t) {
-    return {};
-}
+qe::Ref<VertexBuffer> KivaBuilder::createDynamicVertexBuffer(VertexFormat, uint32_t, uint32_t, uint32_t) { return {}; }
 
 qe::Ref<IndexBuffer> KivaBuilder::createIndexBuffer(IndexFormat format, uint32_t count, uint32_t, uint32_t) {
     const size_t dataSize = static_cast<size_t>(indexFormatInfo(format).indexSize) * count;
@@ -135,7 +131,8 @@ MaterialRecord* KivaBuilder::materialRecordOf(const qe::Ref<MaterialData>& mater
     record->vectorParameters.reserve(p.vectors.size());
     for (const auto& [name, value] : p.vectors) record->vectorParameters.push_back({name, value});
     record->textureParameters.reserve(p.textures.size());
-    for (const auto& [name, texture] : p.textures) record->textureParameters.push_back({name, textureRecordOf(texture)});
+    for (const auto& [name, texture] : p.textures)
+        record->textureParameters.push_back({name, textureRecordOf(texture)});
     record->matrixParameters.reserve(p.matrices.size());
     for (const auto& [name, value] : p.matrices) record->matrixParameters.push_back({name, value});
     materialRecords_.emplace(material, record);

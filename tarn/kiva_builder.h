@@ -61,7 +61,9 @@ public:
 
     // Shorthands for the container's own.
     SkeletonRecord* addSkeleton(qe::Ref<AnimSkeleton> skeleton) { return container_->addSkeleton(std::move(skeleton)); }
-    AnimationRecord* addAnimation(qe::Ref<Animation> animation) { return container_->addAnimation(std::move(animation)); }
+    AnimationRecord* addAnimation(qe::Ref<Animation> animation) {
+        return container_->addAnimation(std::move(animation));
+    }
 
 private:
     struct MaterialHash {

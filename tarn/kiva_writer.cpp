@@ -17,8 +17,17 @@ static_assert(sizeof(AnimTransform) == 28, "transforms are copied as they lie in
 namespace {
 
 // Positions of the tables in the header's count and offset arrays.
-enum HeaderSlot { kStrings, kTextures, kVertexBuffers, kIndexBuffers, kMaterials, kMeshes, kSkeletons, kModels,
-                  kAnimations };
+enum HeaderSlot {
+    kStrings,
+    kTextures,
+    kVertexBuffers,
+    kIndexBuffers,
+    kMaterials,
+    kMeshes,
+    kSkeletons,
+    kModels,
+    kAnimations
+};
 
 constexpr uint64_t kHeaderSize = 104;
 constexpr size_t kMaxRows = 65535;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "qe/fatal_error.h"
 #include "tarn/material_cache.h"
 
 namespace tarn {
@@ -111,11 +112,11 @@ bool MaterialData::equalValue(const MaterialData& other) const {
 }
 
 qe::Ref<MaterialData> createMaterial(MaterialCache* cache, std::string shaderName) {
-    return qe::Ref<MaterialData>(
-        new MaterialData(cache, cache ? cache->lock_ : nullptr, std::move(shaderName)));
+    return qe::Ref<MaterialData>(new MaterialData(cache, cache ? cache->lock_ : nullptr, std::move(shaderName)));
 }
 
 void setVectorParameter(qe::Ref<MaterialData>& handle, const std::string& name, const Vector4& value) {
+    if (!handle) qe::fatalError("parameter set on an empty material");
     qe::Ref<MaterialData> keep = handle;
     std::lock_guard guard(keep->lock_);
     MaterialData* target = keep.get();
@@ -132,6 +133,7 @@ void setVectorParameter(qe::Ref<MaterialData>& handle, const std::string& name, 
 }
 
 void setTextureParameter(qe::Ref<MaterialData>& handle, const std::string& name, const qe::Ref<Texture>& texture) {
+    if (!handle) qe::fatalError("parameter set on an empty material");
     qe::Ref<MaterialData> keep = handle;
     std::lock_guard guard(keep->lock_);
     MaterialData* target = keep.get();

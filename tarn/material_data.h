@@ -83,7 +83,7 @@ qe::Ref<MaterialData> createMaterial(MaterialCache* cache, std::string shaderNam
 
 // Copy on write: a shared or canonical object is copied before the change,
 // unless the value is already there (an absent name counts as the zero
-// vector or the empty texture).
+// vector or the empty texture). An empty handle stops the program.
 void setVectorParameter(qe::Ref<MaterialData>& handle, const std::string& name, const Vector4& value);
 void setTextureParameter(qe::Ref<MaterialData>& handle, const std::string& name, const qe::Ref<Texture>& texture);
 
@@ -91,7 +91,8 @@ inline const std::string& shaderName(const qe::Ref<MaterialData>& handle) { retu
 inline const MaterialParameters& parameters(const qe::Ref<MaterialData>& handle) { return handle->parameters(); }
 
 // Moves the handle to the canonical object of its value (empty and
-// canonical handles stay as they are).
+// canonical handles stay as they are, and so do materials made without a
+// cache). A raw material must not be interned after its cache is gone.
 void internMaterial(qe::Ref<MaterialData>& handle);
 
 // Equality of handles: the same object; never an empty one with another;

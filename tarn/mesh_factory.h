@@ -23,9 +23,8 @@ public:
                                                             uint32_t usage2) = 0;
     virtual qe::Ref<IndexBuffer> createIndexBuffer(IndexFormat format, uint32_t count, uint32_t usage,
                                                    uint32_t usage2) = 0;
-    virtual qe::Ref<Mesh> createMesh(const qe::Ref<VertexBuffer>& vertexBuffer,
-                                     const qe::Ref<IndexBuffer>& indexBuffer, const MaterialGroup* groups,
-                                     int32_t groupCount) = 0;
+    virtual qe::Ref<Mesh> createMesh(const qe::Ref<VertexBuffer>& vertexBuffer, const qe::Ref<IndexBuffer>& indexBuffer,
+                                     const MaterialGroup* groups, int32_t groupCount) = 0;
 };
 
 }  // namespace tarn

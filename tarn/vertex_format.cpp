@@ -27,9 +27,7 @@ constexpr IndexFormatInfo kIndexFormats[2] = {{"IF_UInt16", 2}, {"IF_UInt32", 4}
 
 }  // namespace
 
-const VertexFormatInfo& vertexFormatInfo(VertexFormat format) {
-    return kVertexFormats[static_cast<uint32_t>(format)];
-}
+const VertexFormatInfo& vertexFormatInfo(VertexFormat format) { return kVertexFormats[static_cast<uint32_t>(format)]; }
 
 const IndexFormatInfo& indexFormatInfo(IndexFormat format) { return kIndexFormats[format]; }
 
