@@ -141,6 +141,8 @@ public:
     FbxProperty GetNextProperty(const FbxProperty& property) const;
     // Finds by name or by "Parent|Child" path.
     FbxProperty FindProperty(const char* name, bool caseSensitive = true) const;
+    // The same, and only when the property has that data type.
+    FbxProperty FindProperty(const char* name, const FbxDataType& dataType, bool caseSensitive = true) const;
     void BeginCreateOrFind() { GetRootProperty().BeginCreateOrFind(); }
     void EndCreateOrFind() { GetRootProperty().EndCreateOrFind(); }
     FbxPropertyPage* GetPropertyPage() const { return page_.get(); }

@@ -72,6 +72,20 @@ TEST_F(FbxPropertyTest, ObjectsShareClassDefaultsAndKeepOnlyTheirChanges) {
     EXPECT_EQ(OwnEntries(d), 0);
 }
 
+TEST_F(FbxPropertyTest, ClassDefaultsGoWithTheLastInstance) {
+    FbxTestObject::ClassId.GetRootClassProperty().Find("Number").Set(9.0, false);
+    EXPECT_EQ(a->Number().Get<double>(), 9.0);
+    a->Destroy();
+    EXPECT_EQ(b->Number().Get<double>(), 9.0);
+    b->Destroy();
+    EXPECT_EQ(FbxTestObject::ClassId.GetInstanceCount(), 0);
+    EXPECT_EQ(FbxTestObject::ClassId.GetRootPage(), nullptr);
+    FbxTestObject* fresh = FbxTestObject::Create(manager, "fresh");
+    EXPECT_EQ(fresh->Number().Get<double>(), 1.5);
+    EXPECT_EQ(fresh->FindProperty("Number", FbxDoubleDT), fresh->Number());
+    EXPECT_FALSE(fresh->FindProperty("Number", FbxIntDT).IsValid());
+}
+
 TEST_F(FbxPropertyTest, SetWithCheckKeepsDefaultValuesOffThePage) {
     FbxProperty number = a->FindProperty("Number");
     EXPECT_TRUE(number.Set(1.5));
