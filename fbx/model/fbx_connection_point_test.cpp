@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "fbx/model/fbx_collection.h"
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_mesh.h"
 #include "fbx/model/fbx_model_testing.h"
@@ -208,6 +209,33 @@ TEST_F(FbxConnectionTest, InsertionKeepsViewsInTheirParentOrder) {
     EXPECT_EQ(Names(node, FbxCriteria()), (std::vector<std::string>{"a", "b", "attr", "c"}));
     EXPECT_FALSE(FbxConnectionPoint::Connect(b->GetRootProperty().GetConnectionPoint(), point, 0, 9));
     EXPECT_FALSE(FbxConnectionPoint::Connect(nullptr, point));
+}
+
+TEST_F(FbxConnectionTest, CollectionsHoldTheirMembersAsSources) {
+    FbxCollection* collection = FbxCollection::Create(manager, "set");
+    FbxNode* n0 = FbxNode::Create(collection, "n0");
+    FbxSurfacePhong* phong = FbxSurfacePhong::Create(collection, "phong");
+    FbxNode* n1 = FbxNode::Create(manager, "n1");
+    EXPECT_TRUE(collection->AddMember(n1));
+    EXPECT_FALSE(collection->AddMember(n1));
+    EXPECT_FALSE(collection->AddMember(nullptr));
+    EXPECT_EQ(collection->GetMemberCount(), 3);
+    EXPECT_EQ(collection->GetMemberCount<FbxNode>(), 2);
+    EXPECT_EQ(collection->GetMember<FbxNode>(1), n1);
+    EXPECT_EQ(collection->GetMember(1), phong);
+    EXPECT_TRUE(collection->IsMember(n0));
+    EXPECT_EQ(collection->FindSrcObject(FbxCriteria(), "n1"), n1);
+    EXPECT_EQ(collection->FindSrcObject(FbxCriteria(), "n1", 3), nullptr);
+    EXPECT_EQ(collection->FindSrcObject(FbxCriteria(), nullptr), nullptr);
+
+    // Removing all of one class leaves the others in their order.
+    EXPECT_TRUE(collection->DisconnectAllSrcObject(FbxCriteria::ObjectType(FbxNode::ClassId)));
+    EXPECT_EQ(collection->GetMemberCount(), 1);
+    EXPECT_EQ(collection->GetMember(0), phong);
+    EXPECT_EQ(n0->GetDstObjectCount(), 0);
+    collection->Clear();
+    EXPECT_EQ(collection->GetMemberCount(), 0);
+    EXPECT_FALSE(collection->RemoveMember(phong));
 }
 
 }  // namespace
