@@ -196,3 +196,16 @@ private:
     FbxPropertyPage* page_ = nullptr;
     int id_ = -1;
 };
+
+// A property handle that knows the value type its users read and write, for
+// classes that hand out their properties: `FbxPropertyT<FbxDouble3>`.
+template <class T>
+class FbxPropertyT : public FbxProperty {
+public:
+    FbxPropertyT() = default;
+    FbxPropertyT(const FbxProperty& property) : FbxProperty(property) {}
+
+    // The value, or T{} when it cannot be read.
+    T Get() const { return FbxProperty::Get<T>(); }
+    bool Set(const T& value, bool check = true) { return FbxProperty::Set(value, check); }
+};

@@ -213,6 +213,11 @@ TEST_F(FbxPropertyTest, GetAndSetConvertBetweenBaseTypes) {
     text.Set("plain text");
     EXPECT_EQ(text.Get<FbxString>(), "plain text");
 
+    FbxPropertyT<FbxDouble3> typed = color;
+    EXPECT_TRUE(typed.Set(FbxDouble3(7, 8, 9)));
+    EXPECT_EQ(typed.Get(), FbxDouble3(7, 8, 9));
+    EXPECT_EQ(FbxPropertyT<double>().Get(), 0.0);
+
     FbxProperty visible = a->FindProperty("Visible");
     EXPECT_EQ(visible.Get<FbxString>(), "true");
     EXPECT_TRUE(visible.Set(FbxString("false")));
