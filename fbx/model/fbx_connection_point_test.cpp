@@ -24,7 +24,8 @@ public:
 
     bool ConnectNotify(const FbxConnectEvent& event) override {
         events.push_back(event.type);
-        bool request = event.type == FbxConnectEvent::eConnectRequest || event.type == FbxConnectEvent::eDisconnectRequest;
+        bool request =
+            event.type == FbxConnectEvent::eConnectRequest || event.type == FbxConnectEvent::eDisconnectRequest;
         return !(refuse && request);
     }
 };
@@ -179,9 +180,9 @@ TEST_F(FbxConnectionTest, ConnectNotifyCanRefuseAndHearsEveryStep) {
     FbxObject* other = FbxObject::Create(manager, "other");
 
     EXPECT_TRUE(listener->ConnectSrcObject(other));
-    EXPECT_EQ(listener->events, (std::vector<FbxConnectEvent::EType>{FbxConnectEvent::eConnectRequest,
-                                                                      FbxConnectEvent::eConnect,
-                                                                      FbxConnectEvent::eConnected}));
+    EXPECT_EQ(listener->events,
+              (std::vector<FbxConnectEvent::EType>{FbxConnectEvent::eConnectRequest, FbxConnectEvent::eConnect,
+                                                   FbxConnectEvent::eConnected}));
     listener->refuse = true;
     EXPECT_FALSE(listener->DisconnectSrcObject(other));
     EXPECT_TRUE(listener->IsConnectedSrcObject(other));
@@ -264,8 +265,9 @@ TEST_F(FbxConnectionTest, ViewsMatchTheFilteredPlainListsThroughRandomChanges) {
             case 1: hub->ConnectSrcObject(object); break;
             case 2: hub->DisconnectSrcObject(object); break;
             default:
-                if (count > 0) hub->GetRootProperty().MoveSrcObject(static_cast<int>(random() % count),
-                                                                     static_cast<int>(random() % count));
+                if (count > 0)
+                    hub->GetRootProperty().MoveSrcObject(static_cast<int>(random() % count),
+                                                         static_cast<int>(random() % count));
                 break;
         }
         if (step == 1000) hub->GetSrcObjectCount(filters[2]);

@@ -220,7 +220,7 @@ const char* FbxProperty::GetEnumValue(int index) const {
     if (!IsValid() || index < 0) return "";
     const FbxPropertyInfo* info = page_->GetInfo(id_);
     return static_cast<size_t>(index) < info->enumItems.size() ? info->enumItems[static_cast<size_t>(index)].c_str()
-                                                                : "";
+                                                               : "";
 }
 
 int FbxProperty::GetEnumCount() const {

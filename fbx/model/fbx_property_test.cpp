@@ -120,8 +120,7 @@ TEST_F(FbxPropertyTest, FlagsAreInheritedAndOverriddenPerObject) {
     EXPECT_TRUE(b->FindProperty("Color").GetFlag(FbxPropertyFlags::eAnimatable));
     EXPECT_FALSE(b->FindProperty("Color").GetFlag(FbxPropertyFlags::eHidden));
 
-    EXPECT_EQ(color.GetOwnFlagMask(),
-              static_cast<uint32_t>(FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eHidden));
+    EXPECT_EQ(color.GetOwnFlagMask(), static_cast<uint32_t>(FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eHidden));
     EXPECT_EQ(color.GetOwnFlagValue(), static_cast<uint32_t>(FbxPropertyFlags::eHidden));
     // Setting the bits back to what the class has drops the entry.
     color.SetFlag(FbxPropertyFlags::eAnimatable, true);
