@@ -187,7 +187,6 @@ public:
 
 private:
     FbxConnectionPoint* ExistingPoint() const;
-    FbxConnectionPoint* View(const FbxCriteria& criteria) const;
 
     FbxPropertyPage* page_ = nullptr;
     int id_ = -1;
