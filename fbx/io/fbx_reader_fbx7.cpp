@@ -121,6 +121,7 @@ bool FbxReaderFbx7::OpenFile(const char* fileName) {
     takeInfos_.clear();
     optionsRead_ = false;
     if (!stream_->OpenFile(fileName_.c_str(), this, false, false, &headerInfo_)) return false;
+    headerInfo_.fileVersion = stream_->FileVersion();
 
     if (headerInfo_.cameraResolutionW == 0 || headerInfo_.cameraResolutionH == 0 ||
         headerInfo_.currentCameraName.empty()) {
