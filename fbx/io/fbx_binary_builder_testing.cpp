@@ -163,7 +163,7 @@ FbxBinaryBuilder& FbxBinaryBuilder::Array(char code, const void* elements, size_
         }
     }
     if (encoding == FbxArrayEncoding::eZlib) {
-        return ArrayWithHeader(code, static_cast<uint32_t>(count), 1, Deflate(data.data(), data.size()));
+        return ArrayWithHeader(code, static_cast<uint32_t>(count), 1, Deflate(data.data(), data.size(), compressionLevel_));
     }
     return ArrayWithHeader(code, static_cast<uint32_t>(count), 0, data);
 }

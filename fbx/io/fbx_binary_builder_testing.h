@@ -104,6 +104,9 @@ public:
     // trailers carries.
     FbxBinaryBuilder& SectionIdentity(std::string_view creationTime = "2026-11-22 10:20:30:400");
 
+    // zlib level of the compressed arrays written from here on (6 by default).
+    void SetCompressionLevel(int level) { compressionLevel_ = level; }
+
     size_t Position() const { return bytes_.size(); }
     // Position of the most recently begun record.
     size_t LastRecordStart() const { return lastRecordStart_; }
@@ -137,4 +140,5 @@ private:
     size_t sectionStart_;
     bool firstSection_ = true;
     size_t lastRecordStart_ = 0;
+    int compressionLevel_ = 6;
 };

@@ -36,7 +36,14 @@ FbxFieldList::FbxFieldList(FbxFile* file, uint32_t offset, bool binary, bool swa
     : file_(file), offset_(offset), binary_(binary), swap_(swap), parent_(parent) {}
 
 FbxFieldList::~FbxFieldList() {
-    child_.reset();
+    // Children go one by one rather than recursively, so that a deeply
+    // nested path cannot exhaust the stack.
+    std::unique_ptr<FbxFieldList> child = std::move(child_);
+    while (child) {
+        std::unique_ptr<FbxFieldList> next = std::move(child->child_);
+        child.reset();
+        child = std::move(next);
+    }
     if (ownsBuffer_) std::free(buffer_);
 }
 
@@ -109,15 +116,17 @@ char FbxFieldList::ValueCode(const FbxFieldInstance& instance, int index) const 
 }
 
 FbxFieldList* FbxFieldList::OpenChild(uint32_t offset) {
-    child_.reset();
+    CloseChild();
     child_ = std::make_unique<FbxFieldList>(file_, offset, binary_, swap_, this);
     return child_.get();
 }
 
-void FbxFieldList::CloseChild() { child_.reset(); }
+void FbxFieldList::CloseChild() {
+    std::unique_ptr<FbxFieldList> child = std::move(child_);
+}
 
 void FbxFieldList::Rewind() {
-    child_.reset();
+    CloseChild();
     for (auto& field : fields_) field->SetReadCursor(0);
     currentField_ = -1;
 }

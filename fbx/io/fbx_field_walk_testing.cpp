@@ -16,6 +16,7 @@ void MixBytes(FbxWalkStats& stats, const void* data, size_t size) {
 template <typename T>
 void MixArray(FbxWalkStats& stats, const T* data, int count) {
     if (count <= 0) {
+        ++stats.emptyArrays;
         Mix(stats, 0xA11A);
         return;
     }

@@ -11,6 +11,7 @@ struct FbxWalkStats {
     uint64_t values = 0;      // values read
     uint64_t arrays = 0;      // arrays decoded to at least one element
     uint64_t arrayBytes = 0;  // decoded array bytes
+    uint64_t emptyArrays = 0; // array reads that gave no elements
     uint64_t checksum = 0;    // mixes every value read, to compare walks
     int maxDepth = 0;
 };
