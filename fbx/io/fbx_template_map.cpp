@@ -1,7 +1,6 @@
 #include "fbx/io/fbx_template_map.h"
 
 #include "fbx/model/fbx_object.h"
-#include "fbx/model/fbx_property_page.h"
 
 void FbxTemplateMap::Add(FbxObject* templateObject) {
     if (!templateObject) return;
@@ -24,14 +23,10 @@ namespace {
 
 constexpr uint32_t kTemplateFlagBits = 0x7FFFFF;
 
-// The flag bits that a page sets itself for a property, and their values.
+// The flag bits that the property's own page sets itself, and their values.
 void ownFlags(const FbxProperty& p, uint32_t& mask, uint32_t& value) {
-    mask = value = 0;
-    const FbxPropertyPage* page = p.GetPage();
-    const FbxPropertyPage::Entry* entry = page ? page->FindEntry(p.GetId()) : nullptr;
-    if (!entry) return;
-    mask = entry->flagMask & kTemplateFlagBits;
-    value = entry->flagValue & mask;
+    mask = p.GetOwnFlagMask() & kTemplateFlagBits;
+    value = p.GetOwnFlagValue() & mask;
 }
 
 void applyOne(FbxObject& object, const FbxProperty& source) {
