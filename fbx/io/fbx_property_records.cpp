@@ -242,6 +242,7 @@ void readRecord(FbxFieldStream& stream, FbxObject& object, FbxManager* manager, 
     if (!property.IsValid()) {
         size_t bar = name.rfind('|');
         if (bar != FbxString::npos) {
+            if (bar == 0 || bar + 1 == name.size()) return;
             FbxProperty parent = object.FindProperty(name.substr(0, bar).c_str(), true);
             if (!parent.IsValid()) return;
             property = FbxProperty::Create(parent, type, name.c_str() + bar + 1, "", false);

@@ -149,10 +149,13 @@ TEST_F(PropertyRecords, PathNamesNeedTheirParent) {
     Read(
         [](FbxBinaryBuilder& b) {
             P(b, "Group|Child", "double", "Number", "").Double(4.0).End();
+            P(b, "Group|", "double", "Number", "").Double(4.0).End();
+            P(b, "|Child", "double", "Number", "").Double(4.0).End();
             P(b, "P0", "double", "Number", "").Double(-1.0).End();
         },
         wide);
     EXPECT_FALSE(wide->FindProperty("Group").IsValid());
+    EXPECT_EQ(wide->GetPropertyPage()->EntryCount(), 1);
     EXPECT_FALSE(wide->FindProperty("Group|Child").IsValid());
     EXPECT_DOUBLE_EQ(wide->Property(0).Get<FbxDouble>(), -1.0);
 }
@@ -317,6 +320,11 @@ TEST_F(PropertyRecords, WithoutPropertiesNothingHappens) {
 
 class Templates : public PropertyRecords {
 protected:
+    // Template objects are not the manager's: they go before it.
+    void TearDown() override {
+        templates.Clear();
+        PropertyRecords::TearDown();
+    }
     // Reads "Definitions" from the built bytes.
     template <class F>
     void ReadDefinitions(F build) {
