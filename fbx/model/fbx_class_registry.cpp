@@ -22,9 +22,7 @@
 #include "fbx/model/fbx_geometry.h"
 #include "fbx/model/fbx_geometry_base.h"
 #include "fbx/model/fbx_global_settings.h"
-#include "fbx/model/fbx_importer.h"
 #include "fbx/model/fbx_io_base.h"
-#include "fbx/model/fbx_io_settings.h"
 #include "fbx/model/fbx_layer_container.h"
 #include "fbx/model/fbx_layered_texture.h"
 #include "fbx/model/fbx_library.h"
@@ -110,8 +108,10 @@ void registerAll() {
     registerClass<FbxAnimCurveNode>("FbxAnimCurveNode", "AnimationCurveNode", "", "AnimCurveNode::");
     registerClass<FbxAnimCurve>("FbxAnimCurve", "AnimationCurve", "", "AnimCurve::");
     registerClass<FbxIOBase>("FbxIOBase", "", "", "");
-    registerClass<FbxImporter>("FbxImporter", "", "", "");
-    registerClass<FbxIOSettings>("FbxIOSettings", "", "", "");
+    // The importer and its settings are defined by the file reading library,
+    // which binds their constructors when it first makes one.
+    FbxClassRegistry::Register("FbxImporter", FbxIOBase::ClassId, nullptr, "", "", "");
+    FbxClassRegistry::Register("FbxIOSettings", FbxObject::ClassId, nullptr, "", "", "");
     registerClass<FbxLibrary>("FbxLibrary", "Library", "", "Library::");
     registerClass<FbxGeometryWeightedMap>("FbxGeometryWeightedMap", "GeometryWeightedMap", "", "GeometryWeightedMap::");
     registerClass<FbxControlSetPlug>("FbxControlSetPlug", "ControlSetPlug", "", "ControlSetPlug::");

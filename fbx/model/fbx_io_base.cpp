@@ -2,4 +2,6 @@
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxIOBase)
 
-FbxIOBase::FbxIOBase(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
+FbxIOBase::FbxIOBase(FbxManager& manager, const char* name) : ParentClass(manager, name) {
+    SetFlag(eNotifyPropertyChanges, true);
+}
