@@ -36,7 +36,7 @@ void FbxManager::Destroy() {
     // sources are not chased, since everything goes anyway.
     massDestruction_ = true;
     for (FbxLibrary* library : {userLibraries_, systemLibraries_, rootLibrary_})
-        if (library) library->Destroy();
+        if (std::find(documents_.begin(), documents_.end(), library) != documents_.end()) library->Destroy();
     rootLibrary_ = systemLibraries_ = userLibraries_ = nullptr;
     while (!documents_.empty()) documents_.front()->Destroy();
     while (objects_.linked()) objects_.next()->object()->Destroy();

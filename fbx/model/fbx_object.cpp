@@ -228,6 +228,11 @@ FbxProperty FbxObject::FindProperty(const char* name, bool caseSensitive) const 
     return GetRootProperty().Find(name, caseSensitive);
 }
 
+FbxProperty FbxObject::FindProperty(const char* name, const FbxDataType& dataType, bool caseSensitive) const {
+    FbxProperty p = FindProperty(name, caseSensitive);
+    return p.IsValid() && p.GetPropertyDataType() == dataType ? p : FbxProperty();
+}
+
 bool FbxObject::CopyFrom(const FbxObject& other) {
     if (&other == this) return true;
     if (other.GetClassId() != GetClassId() || !page_ || !other.page_) return false;

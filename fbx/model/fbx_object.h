@@ -71,7 +71,6 @@ public:
     enum EObjectFlag : uint32_t {
         eNotifyPropertyChanges = 1,  // PropertyNotify hears of value changes
         eSystemFlag = 2,             // set on the library documents
-        eHidden = 4,
         eSelected = 8,
         eContentLoaded = 32,
         eInitialFlags = 0x24,
@@ -141,6 +140,8 @@ public:
     FbxProperty GetNextProperty(const FbxProperty& property) const;
     // Finds by name or by "Parent|Child" path.
     FbxProperty FindProperty(const char* name, bool caseSensitive = true) const;
+    // The same, and only when the property has that data type.
+    FbxProperty FindProperty(const char* name, const FbxDataType& dataType, bool caseSensitive = true) const;
     void BeginCreateOrFind() { GetRootProperty().BeginCreateOrFind(); }
     void EndCreateOrFind() { GetRootProperty().EndCreateOrFind(); }
     FbxPropertyPage* GetPropertyPage() const { return page_.get(); }
@@ -240,9 +241,23 @@ protected:
     virtual ~FbxObject();
 
     // Creation steps run by the manager: Construct counts the instance,
-    // makes the object's page and calls ConstructProperties, which declares
-    // the class's properties on the first instance (forceSet true).
+    // makes the object's page and calls ConstructProperties. A class
+    // overrides Construct (calling its parent's first) to make what its
+    // objects hold beside properties.
     virtual void Construct(const FbxObject* from);
+    // Declares the class's properties, once per class page. Each class
+    // declares its own level on its own class page and remembers the ids,
+    // so that its objects pay nothing for untouched properties:
+    //
+    //   void FbxThing::ConstructProperties(bool forceSet) {
+    //       ParentClass::ConstructProperties(forceSet);
+    //       if (!ClassId.NeedsPropertyDeclaration()) return;
+    //       FbxProperty root = ClassId.GetRootClassProperty();
+    //       sSizeId = FbxProperty::Declare(root, "Size", FbxDoubleDT, 100.0).GetId();
+    //   }
+    //   FbxProperty FbxThing::Size() const { return GetPropertyById(sSizeId); }
+    //
+    // forceSet is true when the object's own class page was just made.
     virtual void ConstructProperties(bool forceSet);
     // Destroys owned sources, undoes all connections, frees the page.
     virtual void Destruct(bool recursive);

@@ -76,6 +76,16 @@ bool FbxProperty::SetFlag(uint32_t mask, bool on) {
     return true;
 }
 
+uint32_t FbxProperty::GetOwnFlagMask() const {
+    const FbxPropertyPage::Entry* e = IsValid() ? page_->FindEntry(id_) : nullptr;
+    return e ? e->flagMask : 0;
+}
+
+uint32_t FbxProperty::GetOwnFlagValue() const {
+    const FbxPropertyPage::Entry* e = IsValid() ? page_->FindEntry(id_) : nullptr;
+    return e ? (e->flagValue & e->flagMask) : 0;
+}
+
 bool FbxProperty::Get(void* value, EFbxType type) const {
     if (!value || !page_ || id_ < 0) return false;
     const FbxPropertyValue* v = page_->GetValue(id_);
@@ -100,24 +110,20 @@ bool FbxProperty::Set(const void* value, EFbxType type, bool check) {
         FbxTypeConvert(current->Data(), current->GetType(), scratch->Data(), target);
     if (!FbxTypeConvert(value, type, scratch->Data(), target)) return false;
 
-    bool done = false;
     if (check && page_->Parent()) {
+        // A value equal to the inherited one is no change of this page: it
+        // leaves no own value, or drops the one there was.
         const FbxPropertyValue* inherited = page_->Parent()->GetValue(id_);
-        const FbxPropertyPage::Entry* own = page_->FindEntry(id_);
-        bool hasOwn = own && own->value;
         if (inherited && inherited->GetType() == target && FbxValueEqual(inherited->Data(), scratch->Data(), target)) {
-            if (hasOwn) page_->DropOwnValue(id_);
-            done = true;
+            page_->DropOwnValue(id_);
+            return true;
         }
     }
-    if (!done) {
-        FbxPropertyPage::Entry& entry = page_->GetOrAddEntry(id_);
-        if (entry.value && entry.value->refCount() == 1 && entry.value->GetType() == target) {
-            FbxTypeConvert(scratch->Data(), target, entry.value->Data(), target);
-        } else {
-            entry.value = scratch;
-        }
-    }
+    FbxPropertyPage::Entry& entry = page_->GetOrAddEntry(id_);
+    if (entry.value && entry.value->refCount() == 1 && entry.value->GetType() == target)
+        FbxTypeConvert(scratch->Data(), target, entry.value->Data(), target);
+    else
+        entry.value = scratch;
     if (notifies) owner->PropertyNotify(FbxObject::ePropertySet, *this);
     return true;
 }

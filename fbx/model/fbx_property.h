@@ -82,6 +82,10 @@ public:
     uint32_t GetFlags() const;
     bool GetFlag(uint32_t mask) const { return (GetFlags() & mask) != 0; }
     bool SetFlag(uint32_t mask, bool on);
+    // The flag bits that this page sets itself (rather than inherits), and
+    // their values.
+    uint32_t GetOwnFlagMask() const;
+    uint32_t GetOwnFlagValue() const;
 
     // Copies the value out, converted to `type`; false (target unchanged)
     // when there is no value or no conversion.

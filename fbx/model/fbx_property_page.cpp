@@ -21,6 +21,11 @@ bool sameName(std::string_view a, std::string_view b, bool caseSensitive) {
 
 }  // namespace
 
+bool FbxPropertyPage::cacheLess(const CacheItem& a, const CacheItem& b) {
+    if (a.parentId != b.parentId) return a.parentId < b.parentId;
+    return a.name < b.name;
+}
+
 FbxPropertyInfo* FbxPropertyInfo::Clone() const {
     auto* info = new FbxPropertyInfo;
     info->name = name;
@@ -77,6 +82,9 @@ void FbxPropertyPage::CopyEntriesFrom(const FbxPropertyPage& other) {
 }
 
 FbxPropertyPage::Entry* FbxPropertyPage::FindEntry(int id) {
+    // Class pages hold dense ids from 0: the entry of id is then at index id.
+    if (id >= 0 && static_cast<size_t>(id) < entries_.size() && entries_[static_cast<size_t>(id)].id == id)
+        return &entries_[static_cast<size_t>(id)];
     auto it = std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, int v) { return e.id < v; });
     return it != entries_.end() && it->id == id ? &*it : nullptr;
 }
@@ -247,8 +255,8 @@ int FbxPropertyPage::NextSibling(int id) const {
 
 int FbxPropertyPage::FindChild(int parentId, std::string_view name, bool caseSensitive) const {
     if (caseSensitive && cache_) {
-        auto it = cache_->find(CacheProbe{parentId, name});
-        return it == cache_->end() ? -1 : it->second;
+        auto it = std::lower_bound(cache_->begin(), cache_->end(), CacheItem{parentId, name, 0}, cacheLess);
+        return it != cache_->end() && it->parentId == parentId && it->name == name ? it->id : -1;
     }
     int best = INT_MAX;
     for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
@@ -264,12 +272,14 @@ int FbxPropertyPage::FindChild(int parentId, std::string_view name, bool caseSen
     return best == INT_MAX ? -1 : best;
 }
 
-void FbxPropertyPage::CacheAdd(int parentId, const FbxString& name, int id) {
-    auto it = cache_->find(CacheProbe{parentId, name});
-    if (it == cache_->end())
-        cache_->emplace(CacheKey{parentId, name}, id);
-    else if (id < it->second)
-        it->second = id;
+void FbxPropertyPage::CacheAdd(int parentId, std::string_view name, int id) {
+    CacheItem item{parentId, name, id};
+    auto it = std::lower_bound(cache_->begin(), cache_->end(), item, cacheLess);
+    if (it != cache_->end() && it->parentId == parentId && it->name == name) {
+        if (id < it->id) it->id = id;
+        return;
+    }
+    cache_->insert(it, item);
 }
 
 void FbxPropertyPage::BeginCreateOrFind() {
@@ -277,7 +287,18 @@ void FbxPropertyPage::BeginCreateOrFind() {
     cache_ = std::make_unique<NameCache>();
     for (const FbxPropertyPage* p = this; p; p = p->parent_.get())
         for (const Entry& e : p->entries_)
-            if (e.info && e.id != 0) CacheAdd(e.info->parentId, e.info->name, e.id);
+            if (e.info && e.id != 0) cache_->push_back(CacheItem{e.info->parentId, e.info->name, e.id});
+    // Sorted by key, the smallest id of a name first; then one item a key.
+    std::sort(cache_->begin(), cache_->end(), [](const CacheItem& a, const CacheItem& b) {
+        if (cacheLess(a, b)) return true;
+        if (cacheLess(b, a)) return false;
+        return a.id < b.id;
+    });
+    cache_->erase(std::unique(cache_->begin(), cache_->end(),
+                              [](const CacheItem& a, const CacheItem& b) {
+                                  return a.parentId == b.parentId && a.name == b.name;
+                              }),
+                  cache_->end());
 }
 
 void FbxPropertyPage::EndCreateOrFind() {

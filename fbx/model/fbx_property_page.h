@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -104,25 +103,17 @@ public:
     bool HasNameCache() const { return cache_ != nullptr; }
 
 private:
-    struct CacheKey {
-        int parentId;
-        FbxString name;
-    };
-    struct CacheLess {
-        using is_transparent = void;
-        template <class A, class B>
-        bool operator()(const A& a, const B& b) const {
-            if (a.parentId != b.parentId) return a.parentId < b.parentId;
-            return std::string_view(a.name) < std::string_view(b.name);
-        }
-    };
-    struct CacheProbe {
+    // One name of the cache. The name views the text of an info that the
+    // page chain keeps alive for as long as the cache exists.
+    struct CacheItem {
         int parentId;
         std::string_view name;
+        int id;
     };
-    using NameCache = std::map<CacheKey, int, CacheLess>;
+    using NameCache = std::vector<CacheItem>;  // sorted by (parentId, name)
 
-    void CacheAdd(int parentId, const FbxString& name, int id);
+    static bool cacheLess(const CacheItem& a, const CacheItem& b);
+    void CacheAdd(int parentId, std::string_view name, int id);
     int NextFreeId() const;
 
     qe::Ref<FbxPropertyPage> parent_;
