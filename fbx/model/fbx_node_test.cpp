@@ -378,17 +378,4 @@ TEST_F(FbxNodeTest, UpdateFromPropertiesRewritesTheLimits) {
     EXPECT_TRUE(transform.translationLimits.GetActive());
 }
 
-TEST_F(FbxNodeTest, ModelRecordValuesAreKeptAsGiven) {
-    EXPECT_EQ(node->GetShadingMode(), FbxNode::eHardShading);
-    EXPECT_EQ(node->GetCullingType(), FbxNode::eCullingOff);
-    node->SetShadingMode(FbxNode::eFullShading);
-    node->SetCullingType(FbxNode::eCullingOnCW);
-    node->SetPostTargetRotation(FbxVector4(1, 2, 3, 4));
-    EXPECT_EQ(node->GetShadingMode(), FbxNode::eFullShading);
-    EXPECT_EQ(node->GetCullingType(), FbxNode::eCullingOnCW);
-    EXPECT_EQ(node->GetPostTargetRotation(), FbxVector4(1, 2, 3, 0));
-    node->SetShadingMode(static_cast<FbxNode::EShadingMode>(9));
-    EXPECT_EQ(node->GetShadingMode(), FbxNode::eHardShading);
-}
-
 }  // namespace
