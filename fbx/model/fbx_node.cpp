@@ -166,6 +166,30 @@ FbxProperty FbxNode::GetProperty(EProperty which) const {
     return FbxProperty(GetPropertyPage(), sIds[which]);
 }
 
+void FbxNode::Construct(const FbxObject* from) {
+    ParentClass::Construct(from);
+    if (from && from->GetClassId() == GetClassId()) CopyNodeValues(*static_cast<const FbxNode*>(from));
+}
+
+bool FbxNode::CopyFrom(const FbxObject& other) {
+    if (!ParentClass::CopyFrom(other)) return false;
+    if (&other != this) CopyNodeValues(static_cast<const FbxNode&>(other));
+    return true;
+}
+
+void FbxNode::CopyNodeValues(const FbxNode& other) {
+    transform_ = other.transform_;
+    for (int set = 0; set < 2; ++set) {
+        pivots_[set] = other.pivots_[set] ? std::make_unique<FbxPivotSet>(*other.pivots_[set]) : nullptr;
+        pivotState_[set] = other.pivotState_[set];
+    }
+    shadingMode_ = other.shadingMode_;
+    cullingType_ = other.cullingType_;
+    postTargetRotation_ = other.postTargetRotation_;
+    upTargetRotation_ = other.upTargetRotation_;
+    oldVersion_ = other.oldVersion_;
+}
+
 // Children ------------------------------------------------------------------
 
 int FbxNode::GetChildCount(bool recursive) const {
@@ -245,6 +269,7 @@ FbxNodeAttribute* FbxNode::SetNodeAttribute(FbxNodeAttribute* attribute) {
     FbxNodeAttribute* kept = GetNodeAttribute();
     for (int i = GetNodeAttributeCount() - 1; i >= 0; --i) {
         FbxNodeAttribute* old = GetNodeAttributeByIndex(i);
+        if (!old) continue;  // a destroyed attribute took another along
         DisconnectSrcObject(old);
         // An attribute that another node still holds is that node's too.
         if (old != kept && old->GetNodeCount() == 0) old->Destroy();

@@ -175,11 +175,19 @@ public:
     bool IsOldVersion() const { return oldVersion_; }
     void SetOldVersion(bool old) { oldVersion_ = old; }
 
+    // Takes over the other node's properties and, beside them, its pivot
+    // sets, transform record and model record values.
+    bool CopyFrom(const FbxObject& other) override;
+
 protected:
+    // A clone of a node takes over the same values as CopyFrom.
+    void Construct(const FbxObject* from) override;
     void ConstructProperties(bool forceSet) override;
 
 private:
     static int sIds[ePropertyCount];
+
+    void CopyNodeValues(const FbxNode& other);
 
     bool IsValidSet(EPivotSet set) const { return set == eSourcePivot || set == eDestinationPivot; }
     FbxPivotSet& EnsurePivotSet(EPivotSet set);

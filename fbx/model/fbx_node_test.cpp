@@ -378,4 +378,28 @@ TEST_F(FbxNodeTest, UpdateFromPropertiesRewritesTheLimits) {
     EXPECT_TRUE(transform.translationLimits.GetActive());
 }
 
+TEST_F(FbxNodeTest, ClonesAndCopiesTakeThePivotsAlong) {
+    node->SetRotationPivot(FbxNode::eSourcePivot, FbxVector4(1, 2, 3));
+    node->SetGeometricScaling(FbxNode::eDestinationPivot, FbxVector4(2, 2, 2));
+    node->SetCullingType(FbxNode::eCullingOnCW);
+    auto* clone = static_cast<FbxNode*>(node->Clone(scene));
+    ASSERT_NE(clone, nullptr);
+    expectVector(clone->GetRotationPivot(FbxNode::eSourcePivot), 1, 2, 3);
+    expectVector(clone->GetGeometricScaling(FbxNode::eDestinationPivot), 2, 2, 2);
+    EXPECT_TRUE(clone->GetTransform().HasRotationPivot());
+    EXPECT_EQ(clone->GetCullingType(), FbxNode::eCullingOnCW);
+    // The sets are the clone's own.
+    node->SetRotationPivot(FbxNode::eSourcePivot, FbxVector4(0, 0, 0));
+    expectVector(clone->GetRotationPivot(FbxNode::eSourcePivot), 1, 2, 3);
+
+    FbxNode* copy = FbxNode::Create(scene, "copy");
+    EXPECT_TRUE(copy->CopyFrom(*clone));
+    expectVector(copy->GetRotationPivot(FbxNode::eSourcePivot), 1, 2, 3);
+    EXPECT_FALSE(copy->CopyFrom(*scene));
+
+    FbxSkeleton* bone = FbxSkeleton::Create(scene, "bone");
+    bone->SetSkeletonType(FbxSkeleton::eLimbNode);
+    EXPECT_EQ(static_cast<FbxSkeleton*>(bone->Clone())->GetSkeletonType(), FbxSkeleton::eLimbNode);
+}
+
 }  // namespace

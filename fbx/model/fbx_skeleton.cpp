@@ -17,6 +17,17 @@ void FbxSkeleton::ConstructProperties(bool forceSet) {
     sLimbLength = FbxProperty::Declare(root, "LimbLength", FbxDoubleDT, 1.0).GetId();
 }
 
+void FbxSkeleton::Construct(const FbxObject* from) {
+    ParentClass::Construct(from);
+    if (from && from->GetClassId() == GetClassId()) skeletonType_ = static_cast<const FbxSkeleton*>(from)->skeletonType_;
+}
+
+bool FbxSkeleton::CopyFrom(const FbxObject& other) {
+    if (!ParentClass::CopyFrom(other)) return false;
+    skeletonType_ = static_cast<const FbxSkeleton&>(other).skeletonType_;
+    return true;
+}
+
 bool FbxSkeleton::SetSkeletonType(EType type) {
     if (type < eRoot || type > eEffector) return false;
     skeletonType_ = type;

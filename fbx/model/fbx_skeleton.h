@@ -27,7 +27,12 @@ public:
     FbxDouble3 GetLimbNodeColor() const { return Color().Get<FbxDouble3>(); }
     bool SetLimbNodeColor(const FbxDouble3& color) { return Color().Set(color); }
 
+    // Takes over the other skeleton's properties and type.
+    bool CopyFrom(const FbxObject& other) override;
+
 protected:
+    // A clone of a skeleton has its type.
+    void Construct(const FbxObject* from) override;
     void ConstructProperties(bool forceSet) override;
 
 private:
