@@ -14,8 +14,10 @@ class FbxSkeleton;
 class FbxStatus;
 class FbxSurfaceMaterial;
 
-// The node properties in the order of their creation: (enum name, accessor
-// name). Each gets an EProperty value e<Name> and an accessor <Name>().
+// The node properties in the order of their creation, each by the name of
+// its EProperty value e<Name> and of its accessor <Name>(). "Lcl
+// Translation" is LclTranslation, "Visibility Inheritance"
+// VisibilityInheritance; the others are named as the property.
 #define KIVA_FBX_NODE_PROPERTIES(X)                                               \
     X(QuaternionInterpolate) X(RotationOffset) X(RotationPivot) X(ScalingOffset)  \
     X(ScalingPivot) X(TranslationActive) X(TranslationMin) X(TranslationMax)      \
@@ -213,3 +215,5 @@ private:
     FbxVector4 upTargetRotation_;
     bool oldVersion_ = false;
 };
+
+#undef KIVA_FBX_NODE_PROPERTIES
