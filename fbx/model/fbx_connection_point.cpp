@@ -106,6 +106,16 @@ void FbxConnectionPoint::DisconnectAll() {
     }
 }
 
+void FbxConnectionPoint::ForgetAllLinks() {
+    src_.clear();
+    dst_.clear();
+    hiddenDst_.clear();
+    for (auto& view : views_) {
+        view->src_.clear();
+        view->dst_.clear();
+    }
+}
+
 void FbxConnectionPoint::AddSrcLink(Link link, int before) {
     if (before < 0 || before >= static_cast<int>(src_.size())) {
         src_.push_back(link);
@@ -136,6 +146,7 @@ bool FbxConnectionPoint::RemoveSrcLink(const FbxConnectionPoint* point) {
     if (index < 0) return false;
     src_.erase(src_.begin() + index);
     for (auto& view : views_) {
+        if (!view->filter_.Passes(point)) continue;
         int v = lastIndexOf(view->src_, point);
         if (v >= 0) view->src_.erase(view->src_.begin() + v);
     }
@@ -147,6 +158,7 @@ bool FbxConnectionPoint::RemoveDstLink(const FbxConnectionPoint* point) {
     if (index < 0) return false;
     dst_.erase(dst_.begin() + index);
     for (auto& view : views_) {
+        if (!view->filter_.Passes(point)) continue;
         int v = lastIndexOf(view->dst_, point);
         if (v >= 0) view->dst_.erase(view->dst_.begin() + v);
     }

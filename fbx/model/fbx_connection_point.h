@@ -62,6 +62,10 @@ public:
     // Removes every connection of this point, sources first, without asking
     // the owners; used when the owner goes.
     void DisconnectAll();
+    // Empties this point's lists without touching the other ends. Only for
+    // the manager's final teardown, which does this to every point before
+    // it frees any object.
+    void ForgetAllLinks();
 
     const std::vector<Link>& Sources() const { return src_; }
     const std::vector<Link>& Destinations() const { return dst_; }

@@ -59,7 +59,7 @@ struct FbxManagerListTag;
 // property under which all properties live, and connections (those of the
 // root property). Objects are made by their class's Create and end with
 // Destroy(); the manager destroys whatever is left.
-class FbxObject : public qe::DListItem<FbxObject, FbxManagerListTag> {
+class FbxObject : private qe::DListItem<FbxObject, FbxManagerListTag> {
 public:
     using ParentClass = void;
     static FbxClassId ClassId;
@@ -268,6 +268,8 @@ protected:
 
 private:
     friend class FbxManager;
+    // The manager's object list runs through this link.
+    friend class qe::DListItem<FbxObject, FbxManagerListTag>;
 
     bool OwnsSource(const FbxObject* source, bool recursive) const;
 

@@ -123,4 +123,25 @@ void BM_FindAllInOneBracket(benchmark::State& state) {
 }
 BENCHMARK(BM_FindAllInOneBracket);
 
+// Tearing down a manager whose 100,000 objects are all sources of one
+// object made after them, and of a scene-like collection made before them:
+// the teardown must not search long connection lists once per object.
+void BM_ManagerTeardown(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        FbxManager* manager = FbxManager::Create();
+        FbxObject* first = FbxObject::Create(manager, "first");
+        std::vector<FbxObject*> objects;
+        for (int i = 0; i < kObjects; ++i) objects.push_back(FbxObject::Create(first, "object"));
+        FbxObject* last = FbxObject::Create(manager, "last");
+        for (FbxObject* o : objects) last->ConnectSrcObject(o);
+        // Views on both, as a reader's lookups would leave them.
+        benchmark::DoNotOptimize(first->GetSrcObjectCount(FbxCriteria::ObjectType(FbxObject::ClassId)));
+        benchmark::DoNotOptimize(last->GetSrcObjectCount(FbxCriteria::IsProperty()));
+        state.ResumeTiming();
+        manager->Destroy();
+    }
+}
+BENCHMARK(BM_ManagerTeardown)->Iterations(3)->Unit(benchmark::kMillisecond);
+
 }  // namespace
