@@ -26,14 +26,14 @@ TEST_F(FbxNodeAttributeTest, SkeletonsHaveTheirOwnColourDefaultEvenWhenMadeFirst
     FbxSkeleton* skeleton = FbxSkeleton::Create(manager, "bone");
     FbxNull* null = FbxNull::Create(manager, "null");
     FbxNodeAttribute* plain = FbxNodeAttribute::Create(manager, "plain");
-    EXPECT_EQ(skeleton->Color().Get<FbxDouble3>(), FbxDouble3(0.8, 0.8, 0.8));
-    EXPECT_EQ(null->Color().Get<FbxDouble3>(), FbxDouble3(0, 0, 0));
-    EXPECT_EQ(plain->Color().Get<FbxDouble3>(), FbxDouble3(0, 0, 0));
-    EXPECT_EQ(skeleton->Size().Get<FbxDouble>(), 100.0);
-    EXPECT_EQ(skeleton->LimbLength().Get<FbxDouble>(), 1.0);
+    EXPECT_EQ(skeleton->Color().Get(), FbxDouble3(0.8, 0.8, 0.8));
+    EXPECT_EQ(null->Color().Get(), FbxDouble3(0, 0, 0));
+    EXPECT_EQ(plain->Color().Get(), FbxDouble3(0, 0, 0));
+    EXPECT_EQ(skeleton->Size().Get(), 100.0);
+    EXPECT_EQ(skeleton->LimbLength().Get(), 1.0);
 
     skeleton->SetLimbNodeColor(FbxDouble3(1, 0, 0));
-    EXPECT_EQ(skeleton->Color().Get<FbxDouble3>(), FbxDouble3(1, 0, 0));
+    EXPECT_EQ(skeleton->Color().Get(), FbxDouble3(1, 0, 0));
     EXPECT_EQ(FbxSkeleton::Create(manager, "other")->GetLimbNodeColor(), FbxDouble3(0.8, 0.8, 0.8));
 }
 
@@ -57,8 +57,8 @@ TEST_F(FbxNodeAttributeTest, SkeletonTypesNameThemselves) {
 
 TEST_F(FbxNodeAttributeTest, NullsHaveSizeAndLook) {
     FbxNull* null = FbxNull::Create(manager, "null");
-    EXPECT_EQ(null->Size().Get<FbxDouble>(), 100.0);
-    EXPECT_EQ(null->Look().Get<FbxInt>(), FbxNull::eCross);
+    EXPECT_EQ(null->Size().Get(), 100.0);
+    EXPECT_EQ(null->Look().Get(), FbxNull::eCross);
     EXPECT_EQ(null->Look().GetEnumCount(), 2);
     EXPECT_STREQ(null->Look().GetEnumValue(0), "None");
     std::vector<std::string> names;

@@ -60,19 +60,19 @@ TEST_F(FbxNodeTest, PropertiesComeInTheirOrderWithTheirDefaults) {
     for (int i = 0; i < FbxNode::ePropertyCount; ++i)
         EXPECT_EQ(node->GetProperty(static_cast<FbxNode::EProperty>(i)).GetName(), names[static_cast<size_t>(i)]);
 
-    EXPECT_EQ(node->LclTranslation().Get<FbxDouble3>(), FbxDouble3(0, 0, 0));
-    EXPECT_EQ(node->LclScaling().Get<FbxDouble3>(), FbxDouble3(1, 1, 1));
+    EXPECT_EQ(node->LclTranslation().Get(), FbxDouble3(0, 0, 0));
+    EXPECT_EQ(node->LclScaling().Get(), FbxDouble3(1, 1, 1));
     EXPECT_STREQ(node->LclRotation().GetPropertyDataType().GetName(), "Lcl Rotation");
     EXPECT_TRUE(node->LclTranslation().GetFlag(FbxPropertyFlags::eAnimatable));
-    EXPECT_EQ(node->ScalingMax().Get<FbxDouble3>(), FbxDouble3(1, 1, 1));
-    EXPECT_EQ(node->GeometricScaling().Get<FbxDouble3>(), FbxDouble3(1, 1, 1));
-    EXPECT_EQ(node->AxisLen().Get<FbxDouble>(), 10.0);
-    EXPECT_EQ(node->Visibility().Get<FbxDouble>(), 1.0);
-    EXPECT_TRUE(node->Show().Get<FbxBool>());
-    EXPECT_TRUE(node->NegativePercentShapeSupport().Get<FbxBool>());
-    EXPECT_TRUE(node->VisibilityInheritance().Get<FbxBool>());
-    EXPECT_FALSE(node->RotationActive().Get<FbxBool>());
-    EXPECT_EQ(node->DefaultAttributeIndex().Get<FbxInt>(), -1);
+    EXPECT_EQ(node->ScalingMax().Get(), FbxDouble3(1, 1, 1));
+    EXPECT_EQ(node->GeometricScaling().Get(), FbxDouble3(1, 1, 1));
+    EXPECT_EQ(node->AxisLen().Get(), 10.0);
+    EXPECT_EQ(node->Visibility().Get(), 1.0);
+    EXPECT_TRUE(node->Show().Get());
+    EXPECT_TRUE(node->NegativePercentShapeSupport().Get());
+    EXPECT_TRUE(node->VisibilityInheritance().Get());
+    EXPECT_FALSE(node->RotationActive().Get());
+    EXPECT_EQ(node->DefaultAttributeIndex().Get(), -1);
     EXPECT_EQ(node->UpVectorProperty().GetPropertyDataType().GetType(), eFbxReference);
     EXPECT_EQ(node->RotationOrder().GetEnumCount(), 7);
     EXPECT_STREQ(node->RotationOrder().GetEnumValue(6), "Spheric XYZ");
@@ -85,7 +85,7 @@ TEST_F(FbxNodeTest, PropertiesComeInTheirOrderWithTheirDefaults) {
     for (const FbxPropertyPage::Entry& entry : node->GetPropertyPage()->Entries()) EXPECT_FALSE(entry.value);
     FbxNode* other = FbxNode::Create(scene, "other");
     other->LclScaling().Set(FbxDouble3(2, 2, 2));
-    EXPECT_EQ(node->LclScaling().Get<FbxDouble3>(), FbxDouble3(1, 1, 1));
+    EXPECT_EQ(node->LclScaling().Get(), FbxDouble3(1, 1, 1));
 }
 
 TEST_F(FbxNodeTest, ChildrenAreSourceNodesAndMoveBetweenParents) {
