@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "fbx/model/fbx_manager.h"
-#include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_null.h"
 #include "fbx/model/fbx_skeleton.h"
 
@@ -64,22 +63,6 @@ TEST_F(FbxNodeAttributeTest, NullsHaveSizeAndLook) {
     std::vector<std::string> names;
     for (FbxProperty p = null->GetFirstProperty(); p.IsValid(); p = null->GetNextProperty(p)) names.push_back(p.GetName());
     EXPECT_EQ(names, (std::vector<std::string>{"Color", "Size", "Look"}));
-}
-
-TEST_F(FbxNodeAttributeTest, AttributesKnowTheNodesThatHoldThem) {
-    FbxNull* shared = FbxNull::Create(manager, "shared");
-    FbxNode* a = FbxNode::Create(manager, "a");
-    FbxNode* b = FbxNode::Create(manager, "b");
-    EXPECT_EQ(shared->GetNodeCount(), 0);
-    EXPECT_EQ(shared->GetNode(), nullptr);
-    a->AddNodeAttribute(shared);
-    b->AddNodeAttribute(shared);
-    EXPECT_EQ(shared->GetNodeCount(), 2);
-    EXPECT_EQ(shared->GetNode(1), b);
-    // Destroying one holder leaves the shared attribute to the other.
-    a->Destroy();
-    EXPECT_EQ(shared->GetNodeCount(), 1);
-    EXPECT_EQ(b->GetNodeAttribute(), shared);
 }
 
 }  // namespace
