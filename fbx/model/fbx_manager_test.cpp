@@ -99,8 +99,9 @@ TEST_F(FbxManagerTest, ObjectsAreMadeByClassAndListedByKind) {
     EXPECT_EQ(manager->DocumentAt(3), scene);
     EXPECT_EQ(manager->DocumentAt(4), nullptr);
     EXPECT_EQ(manager->DocumentAt(-1), nullptr);
-    EXPECT_EQ(manager->GetObjectCount(), objectsBefore + 1);
-    EXPECT_EQ(scene->GetSrcObject(0), node);
+    // The scene comes with its root node and settings.
+    EXPECT_EQ(manager->GetObjectCount(), objectsBefore + 3);
+    EXPECT_EQ(scene->GetSrcObject(2), node);
     EXPECT_EQ(node->GetFlags(), 0x24u);
     EXPECT_NE(node->GetUniqueID(), scene->GetUniqueID());
 
@@ -231,7 +232,7 @@ TEST_F(FbxManagerTest, SceneDestructionTakesItsSourcesAlong) {
     }
     FbxObject* outside = FbxObject::Create(manager, "outside");
     root->ConnectSrcObject(outside);
-    EXPECT_EQ(manager->GetObjectCount(), count + 12);
+    EXPECT_EQ(manager->GetObjectCount(), count + 14);  // with root node and settings
     scene->Destroy();
     EXPECT_EQ(manager->GetObjectCount(), count + 1);
     EXPECT_EQ(manager->DocumentCount(), 3);
@@ -257,7 +258,7 @@ TEST_F(FbxManagerTest, ManagerDestroysWhatIsLeft) {
     dynamic.ConnectDstProperty(objects[4]->GetRootProperty());
     // Views on long lists, which the teardown must empty too.
     EXPECT_EQ(sink->GetSrcObjectCount(FbxCriteria::ObjectType(FbxNode::ClassId)), 50);
-    EXPECT_EQ(scene->GetSrcObjectCount(FbxCriteria::ObjectType(FbxNode::ClassId)), 50);
+    EXPECT_EQ(scene->GetSrcObjectCount(FbxCriteria::ObjectType(FbxNode::ClassId)), 51);  // and the root node
     EXPECT_GT(manager->GetObjectCount(), 49);
 }
 
