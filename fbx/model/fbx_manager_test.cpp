@@ -26,27 +26,15 @@ protected:
     void SetUp() override { manager = FbxManager::Create(); }
     void TearDown() override { manager->Destroy(); }
 
-    // True while `object` is still listed by the manager (the lists are
-    // the only record of live objects that needs no pointer into them).
-    bool Alive(const std::vector<FbxObject*>& all, FbxObject* object) {
-        for (FbxObject* o : all)
-            if (o == object) return true;
-        return false;
-    }
-
     FbxManager* manager = nullptr;
 };
 
 TEST_F(FbxManagerTest, RegistryHoldsAllClassesParentFirstWithTheirFileWords) {
     EXPECT_EQ(FbxClassRegistry::Count(), 94);
-    const char* names[] = {"FbxObject",       "FbxScene",
-                           "FbxNode",         "FbxMesh",
-                           "FbxSkin",         "FbxCluster",
-                           "FbxSurfacePhong", "FbxAnimCurve",
-                           "FbxImporter",     "FbxIOSettings",
-                           "FbxLibrary",      "FbxConstraintAim",
-                           "FbxCharacter",    "FbxProcessorShaderDependency",
-                           "FbxDisplayLayer"};
+    const char* names[] = {"FbxObject",     "FbxScene",         "FbxNode",         "FbxMesh",
+                           "FbxSkin",       "FbxCluster",       "FbxSurfacePhong", "FbxAnimCurve",
+                           "FbxImporter",   "FbxIOSettings",    "FbxLibrary",      "FbxConstraintAim",
+                           "FbxCharacter",  "FbxProcessorShaderDependency",        "FbxDisplayLayer"};
     for (const char* name : names) {
         FbxClassId id = manager->FindClass(name);
         ASSERT_TRUE(id.IsValid()) << name;
