@@ -49,7 +49,7 @@ TEST_F(FbxNodeAttributeTest, SkeletonTypesNameThemselves) {
     EXPECT_EQ(skeleton->GetTypeFlags(), (std::vector<FbxString>{"Skeleton", "LimbNode"}));
     EXPECT_TRUE(skeleton->SetSkeletonType(FbxSkeleton::eEffector));
     EXPECT_STREQ(skeleton->GetTypeName(), "Root");
-    EXPECT_EQ(skeleton->GetTypeFlags().size(), 3u);
+    EXPECT_EQ(skeleton->GetTypeFlags(), (std::vector<FbxString>{"Null", "Skeleton", "Root"}));
     EXPECT_FALSE(skeleton->SetSkeletonType(static_cast<FbxSkeleton::EType>(4)));
     EXPECT_EQ(skeleton->GetSkeletonType(), FbxSkeleton::eEffector);
 }
