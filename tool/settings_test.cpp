@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "image/scratch_dir_testing.h"
@@ -60,17 +61,13 @@ TEST(SettingsFile, ParsesLinesReportsInvalidOnesAndKeepsTheFirstOfAKey) {
 }
 
 TEST(ParseInteger, AcceptsOnlyPlainDecimalsIn32Bits) {
+    const std::pair<const char*, int32_t> good[] = {
+        {"0", 0}, {"-17", -17}, {"2147483647", INT32_MAX}, {"-2147483648", INT32_MIN}, {"000123", 123}};
     int32_t v = 99;
-    EXPECT_TRUE(parseInteger("0", v));
-    EXPECT_EQ(v, 0);
-    EXPECT_TRUE(parseInteger("-17", v));
-    EXPECT_EQ(v, -17);
-    EXPECT_TRUE(parseInteger("2147483647", v));
-    EXPECT_EQ(v, 2147483647);
-    EXPECT_TRUE(parseInteger("-2147483648", v));
-    EXPECT_EQ(v, INT32_MIN);
-    EXPECT_TRUE(parseInteger("000123", v));
-    EXPECT_EQ(v, 123);
+    for (const auto& [text, value] : good) {
+        EXPECT_TRUE(parseInteger(text, v)) << text;
+        EXPECT_EQ(v, value) << text;
+    }
     v = 5;
     for (const char* bad : {"2147483648", "-2147483649", "99999999999", "", "-", "+1", " 1", "1 ", "1x", "0x10",
                             "--1", "4294967296"}) {
