@@ -1,0 +1,5 @@
+#include "fbx/model/fbx_blend_shape_channel.h"
+
+KIVA_FBX_OBJECT_IMPLEMENT(FbxBlendShapeChannel)
+
+FbxBlendShapeChannel::FbxBlendShapeChannel(FbxManager& manager, const char* name) : ParentClass(manager, name) {}

@@ -1,0 +1,307 @@
+#include "fbx/model/fbx_property_page.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "fbx/model/fbx_connection_point.h"
+
+namespace {
+
+bool sameName(std::string_view a, std::string_view b, bool caseSensitive) {
+    if (a.size() != b.size()) return false;
+    if (caseSensitive) return a == b;
+    for (size_t i = 0; i < a.size(); ++i) {
+        char x = a[i], y = b[i];
+        if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
+        if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
+        if (x != y) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool FbxPropertyPage::cacheLess(const CacheItem& a, const CacheItem& b) {
+    if (a.parentId != b.parentId) return a.parentId < b.parentId;
+    return a.name < b.name;
+}
+
+FbxPropertyInfo* FbxPropertyInfo::Clone() const {
+    auto* info = new FbxPropertyInfo;
+    info->name = name;
+    info->dataType = dataType;
+    info->label = label;
+    info->parentId = parentId;
+    info->hasMin = hasMin;
+    info->hasMax = hasMax;
+    info->minLimit = minLimit;
+    info->maxLimit = maxLimit;
+    info->enumItems = enumItems;
+    return info;
+}
+
+FbxPropertyPage::FbxPropertyPage(FbxPropertyPage* parent, FbxObject* owner) : parent_(parent), owner_(owner) {}
+
+FbxPropertyPage::~FbxPropertyPage() {
+    // Points go with their entries; each undoes its connections first.
+    for (Entry& e : entries_)
+        if (e.point) e.point->DisconnectAll();
+}
+
+FbxPropertyPage* FbxPropertyPage::Clone(FbxObject* owner) const {
+    auto* page = new FbxPropertyPage(parent_.get(), owner);
+    page->CopyEntriesFrom(*this);
+    return page;
+}
+
+void FbxPropertyPage::CopyEntriesFrom(const FbxPropertyPage& other) {
+    if (&other == this) return;
+    std::vector<Entry> kept;
+    for (Entry& e : entries_) {
+        if (!e.point) continue;
+        Entry k;
+        k.id = e.id;
+        k.point = std::move(e.point);
+        kept.push_back(std::move(k));
+    }
+    entries_.clear();
+    for (const Entry& e : other.entries_) {
+        if (!e.info && !e.value && e.flagMask == 0) continue;
+        Entry copy;
+        copy.id = e.id;
+        copy.info = e.info;
+        copy.value = e.value;
+        copy.flagValue = e.flagValue;
+        copy.flagMask = e.flagMask;
+        entries_.push_back(std::move(copy));
+    }
+    for (Entry& k : kept) GetOrAddEntry(k.id).point = std::move(k.point);
+    nextId_ = std::max(nextId_, other.nextId_);
+    cache_.reset();
+    cacheDepth_ = 0;
+}
+
+FbxPropertyPage::Entry* FbxPropertyPage::FindEntry(int id) {
+    // Class pages hold dense ids from 0: the entry of id is then at index id.
+    if (id >= 0 && static_cast<size_t>(id) < entries_.size() && entries_[static_cast<size_t>(id)].id == id)
+        return &entries_[static_cast<size_t>(id)];
+    auto it = std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, int v) { return e.id < v; });
+    return it != entries_.end() && it->id == id ? &*it : nullptr;
+}
+
+const FbxPropertyPage::Entry* FbxPropertyPage::FindEntry(int id) const {
+    return const_cast<FbxPropertyPage*>(this)->FindEntry(id);
+}
+
+FbxPropertyPage::Entry& FbxPropertyPage::GetOrAddEntry(int id) {
+    auto it = std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, int v) { return e.id < v; });
+    if (it != entries_.end() && it->id == id) return *it;
+    Entry e;
+    e.id = id;
+    return *entries_.insert(it, std::move(e));
+}
+
+void FbxPropertyPage::RemoveEntryIfEmpty(int id) {
+    auto it = std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, int v) { return e.id < v; });
+    if (it != entries_.end() && it->id == id && it->Empty()) entries_.erase(it);
+}
+
+const FbxPropertyInfo* FbxPropertyPage::GetInfo(int id) const {
+    for (const FbxPropertyPage* p = this; p; p = p->parent_.get())
+        if (const Entry* e = p->FindEntry(id); e && e->info) return e->info.get();
+    return nullptr;
+}
+
+FbxPropertyValue* FbxPropertyPage::GetValue(int id, const FbxPropertyPage** holder) const {
+    for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
+        if (const Entry* e = p->FindEntry(id); e && e->value) {
+            if (holder) *holder = p;
+            return e->value.get();
+        }
+    }
+    if (holder) *holder = nullptr;
+    return nullptr;
+}
+
+uint32_t FbxPropertyPage::GetFlags(int id) const {
+    uint32_t inherited = parent_ ? parent_->GetFlags(id) : 0;
+    const Entry* e = FindEntry(id);
+    if (!e) return inherited;
+    return (inherited & ~e->flagMask) | (e->flagValue & e->flagMask);
+}
+
+FbxConnectionPoint* FbxPropertyPage::GetPoint(int id) const {
+    const Entry* e = FindEntry(id);
+    return e ? e->point.get() : nullptr;
+}
+
+FbxConnectionPoint* FbxPropertyPage::GetOrCreatePoint(int id) {
+    Entry& e = GetOrAddEntry(id);
+    if (!e.point) e.point = qe::Ref<FbxConnectionPoint>(new FbxConnectionPoint(this, id));
+    return e.point.get();
+}
+
+FbxPropertyInfo* FbxPropertyPage::GetOwnInfo(int id) {
+    if (Entry* e = FindEntry(id); e && e->info) {
+        if (e->info->refCount() > 1) e->info = qe::Ref<FbxPropertyInfo>(e->info->Clone());
+        return e->info.get();
+    }
+    const FbxPropertyInfo* inherited = GetInfo(id);
+    if (!inherited) return nullptr;
+    Entry& e = GetOrAddEntry(id);
+    e.info = qe::Ref<FbxPropertyInfo>(inherited->Clone());
+    return e.info.get();
+}
+
+FbxPropertyValue* FbxPropertyPage::GetOwnValue(int id) {
+    if (Entry* e = FindEntry(id); e && e->value) {
+        if (e->value->refCount() > 1) e->value = qe::Ref<FbxPropertyValue>(e->value->Clone());
+        return e->value.get();
+    }
+    FbxPropertyValue* inherited = GetValue(id);
+    FbxPropertyValue* own = nullptr;
+    if (inherited) {
+        own = inherited->Clone();
+    } else {
+        const FbxPropertyInfo* info = GetInfo(id);
+        if (!info) return nullptr;
+        own = FbxPropertyValue::Create(info->dataType.GetType());
+        if (!own) return nullptr;
+    }
+    Entry& e = GetOrAddEntry(id);
+    e.value = qe::Ref<FbxPropertyValue>(own);
+    return own;
+}
+
+void FbxPropertyPage::DropOwnValue(int id) {
+    if (Entry* e = FindEntry(id); e && e->value) {
+        e->value.reset();
+        RemoveEntryIfEmpty(id);
+    }
+}
+
+void FbxPropertyPage::SetFlags(int id, uint32_t mask, bool on) {
+    Entry& e = GetOrAddEntry(id);
+    e.flagMask |= mask;
+    e.flagValue = (e.flagValue & ~mask) | (on ? mask : 0u);
+    // Bits that now equal the inherited ones need no entry.
+    uint32_t inherited = parent_ ? parent_->GetFlags(id) : 0;
+    uint32_t same = ~(e.flagValue ^ inherited) & mask;
+    e.flagMask &= ~same;
+    e.flagValue &= e.flagMask;
+    if (e.flagMask == 0) RemoveEntryIfEmpty(id);
+}
+
+int FbxPropertyPage::NextFreeId() const {
+    int next = nextId_;
+    for (const FbxPropertyPage* p = parent_.get(); p; p = p->parent_.get()) next = std::max(next, p->nextId_);
+    return std::max(next, 1);
+}
+
+int FbxPropertyPage::Add(int parentId, const char* name, FbxDataType type, const char* label) {
+    int id = NextFreeId();
+    nextId_ = id + 1;
+    auto* info = new FbxPropertyInfo;
+    info->name = name ? name : "";
+    info->dataType = type;
+    if (label) info->label = label;
+    info->parentId = parentId;
+    Entry& e = GetOrAddEntry(id);
+    e.info = qe::Ref<FbxPropertyInfo>(info);
+    if (FbxPropertyValue* value = FbxPropertyValue::Create(type.GetType())) e.value = qe::Ref<FbxPropertyValue>(value);
+    if (cache_) CacheAdd(parentId, info->name, id);
+    return id;
+}
+
+void FbxPropertyPage::AddRoot(const char* name) {
+    auto* info = new FbxPropertyInfo;
+    info->name = name ? name : "";
+    info->dataType = FbxCompoundDT;
+    GetOrAddEntry(0).info = qe::Ref<FbxPropertyInfo>(info);
+    nextId_ = std::max(nextId_, 1);
+}
+
+int FbxPropertyPage::FirstChild(int parentId) const {
+    int best = INT_MAX;
+    for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
+        for (const Entry& e : p->entries_) {
+            if (e.id >= best) break;
+            if (e.info && e.info->parentId == parentId && e.id != parentId) {
+                best = e.id;
+                break;
+            }
+        }
+    }
+    return best == INT_MAX ? -1 : best;
+}
+
+int FbxPropertyPage::NextSibling(int id) const {
+    const FbxPropertyInfo* info = GetInfo(id);
+    if (!info || id == 0) return -1;
+    int parentId = info->parentId;
+    int best = INT_MAX;
+    for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
+        auto it = std::upper_bound(p->entries_.begin(), p->entries_.end(), id,
+                                   [](int v, const Entry& e) { return v < e.id; });
+        for (; it != p->entries_.end() && it->id < best; ++it) {
+            if (it->info && it->info->parentId == parentId) {
+                best = it->id;
+                break;
+            }
+        }
+    }
+    return best == INT_MAX ? -1 : best;
+}
+
+int FbxPropertyPage::FindChild(int parentId, std::string_view name, bool caseSensitive) const {
+    if (caseSensitive && cache_) {
+        auto it = std::lower_bound(cache_->begin(), cache_->end(), CacheItem{parentId, name, 0}, cacheLess);
+        return it != cache_->end() && it->parentId == parentId && it->name == name ? it->id : -1;
+    }
+    int best = INT_MAX;
+    for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
+        for (const Entry& e : p->entries_) {
+            if (e.id >= best) break;
+            if (e.info && e.info->parentId == parentId && e.id != parentId &&
+                sameName(e.info->name, name, caseSensitive)) {
+                best = e.id;
+                break;
+            }
+        }
+    }
+    return best == INT_MAX ? -1 : best;
+}
+
+void FbxPropertyPage::CacheAdd(int parentId, std::string_view name, int id) {
+    CacheItem item{parentId, name, id};
+    auto it = std::lower_bound(cache_->begin(), cache_->end(), item, cacheLess);
+    if (it != cache_->end() && it->parentId == parentId && it->name == name) {
+        if (id < it->id) it->id = id;
+        return;
+    }
+    cache_->insert(it, item);
+}
+
+void FbxPropertyPage::BeginCreateOrFind() {
+    if (cacheDepth_++ > 0) return;
+    cache_ = std::make_unique<NameCache>();
+    for (const FbxPropertyPage* p = this; p; p = p->parent_.get())
+        for (const Entry& e : p->entries_)
+            if (e.info && e.id != 0) cache_->push_back(CacheItem{e.info->parentId, e.info->name, e.id});
+    // Sorted by key, the smallest id of a name first; then one item a key.
+    std::sort(cache_->begin(), cache_->end(), [](const CacheItem& a, const CacheItem& b) {
+        if (cacheLess(a, b)) return true;
+        if (cacheLess(b, a)) return false;
+        return a.id < b.id;
+    });
+    cache_->erase(std::unique(cache_->begin(), cache_->end(),
+                              [](const CacheItem& a, const CacheItem& b) {
+                                  return a.parentId == b.parentId && a.name == b.name;
+                              }),
+                  cache_->end());
+}
+
+void FbxPropertyPage::EndCreateOrFind() {
+    if (cacheDepth_ == 0) return;
+    if (--cacheDepth_ == 0) cache_.reset();
+}
