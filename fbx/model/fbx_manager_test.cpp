@@ -93,8 +93,9 @@ TEST_F(FbxManagerTest, ObjectsAreMadeByClassAndListedByKind) {
     EXPECT_EQ(manager->DocumentAt(3), scene);
     EXPECT_EQ(manager->DocumentAt(4), nullptr);
     EXPECT_EQ(manager->DocumentAt(-1), nullptr);
-    EXPECT_EQ(manager->GetObjectCount(), objectsBefore + 1);
-    EXPECT_EQ(scene->GetSrcObject(0), node);
+    // The scene comes with its root node and settings.
+    EXPECT_EQ(manager->GetObjectCount(), objectsBefore + 3);
+    EXPECT_EQ(scene->GetSrcObject(2), node);
     EXPECT_EQ(node->GetFlags(), 0x24u);
     EXPECT_NE(node->GetUniqueID(), scene->GetUniqueID());
 
@@ -225,7 +226,7 @@ TEST_F(FbxManagerTest, SceneDestructionTakesItsSourcesAlong) {
     }
     FbxObject* outside = FbxObject::Create(manager, "outside");
     root->ConnectSrcObject(outside);
-    EXPECT_EQ(manager->GetObjectCount(), count + 12);
+    EXPECT_EQ(manager->GetObjectCount(), count + 14);  // with root node and settings
     scene->Destroy();
     EXPECT_EQ(manager->GetObjectCount(), count + 1);
     EXPECT_EQ(manager->DocumentCount(), 3);
