@@ -219,29 +219,51 @@ void applyFlags(FbxProperty& property, uint32_t fileFlags) {
     }
 }
 
+// The data type of a record's two type words: the second one when it names
+// a type, else the first. A block names few pairs, each many times, so the
+// pairs seen are kept for the block's length.
+class TypeCache {
+public:
+    explicit TypeCache(FbxManager* manager) : manager_(manager) {}
+
+    FbxDataType Find(const FbxString& word1, const FbxString& word2) {
+        for (const Item& item : items_)
+            if (item.word1 == word1 && item.word2 == word2) return item.type;
+        FbxDataType type = word2.empty() ? Lookup(word1) : Lookup(word2);
+        if (!type.Valid() && !word2.empty()) type = Lookup(word1);
+        if (items_.size() < kCapacity) items_.push_back({word1, word2, type});
+        return type;
+    }
+
+private:
+    static constexpr size_t kCapacity = 32;
+    struct Item {
+        FbxString word1;
+        FbxString word2;
+        FbxDataType type;
+    };
+    FbxDataType Lookup(const FbxString& word) const {
+        return manager_ ? manager_->DataTypeFromName(word.c_str()) : FbxDataTypeTable::FromName(word.c_str());
+    }
+
+    FbxManager* manager_;
+    std::vector<Item> items_;
+};
+
 // One "P" record of the current field.
-void readRecord(FbxFieldStream& stream, FbxObject& object, FbxManager* manager, FbxStatus& status) {
+void readRecord(FbxFieldStream& stream, FbxObject& object, TypeCache& types, FbxStatus& status) {
     FbxString name = stream.NextString();
     FbxString word1 = stream.NextString();
     FbxString word2 = stream.NextString();
     uint32_t fileFlags = FbxParsePropertyFlags(stream.NextString());
-
-    auto typeOf = [manager](const FbxString& word) {
-        return manager ? manager->DataTypeFromName(word.c_str()) : FbxDataTypeTable::FromName(word.c_str());
-    };
-    FbxDataType type;
-    if (word2.empty()) {
-        type = typeOf(word1);
-    } else {
-        type = typeOf(word2);
-        if (!type.Valid()) type = typeOf(word1);
-    }
+    FbxDataType type = types.Find(word1, word2);
     if (!type.Valid() || name.empty()) return;
 
     FbxProperty property = object.FindProperty(name.c_str(), true);
     if (!property.IsValid()) {
         size_t bar = name.rfind('|');
         if (bar != FbxString::npos) {
+            if (bar == 0 || bar + 1 == name.size()) return;
             FbxProperty parent = object.FindProperty(name.substr(0, bar).c_str(), true);
             if (!parent.IsValid()) return;
             property = FbxProperty::Create(parent, type, name.c_str() + bar + 1, "", false);
@@ -290,12 +312,12 @@ bool FbxReadProperties70(FbxFieldStream& stream, FbxObject& object, FbxStatus& s
         stream.EndField();
         return true;
     }
-    FbxManager* manager = object.GetFbxManager();
+    TypeCache types(object.GetFbxManager());
     int count = stream.FieldInstanceCount("P");
     object.BeginCreateOrFind();
     for (int i = 0; i < count; ++i) {
         if (!stream.BeginField("P", i)) break;
-        readRecord(stream, object, manager, status);
+        readRecord(stream, object, types, status);
         stream.EndField();
     }
     object.EndCreateOrFind();

@@ -17,9 +17,9 @@ struct FbxClassRecord {
     FbxString name;
     const FbxClassRecord* parent = nullptr;
     FbxObjectConstructor constructor = nullptr;
-    FbxString fileType;     // record word in a file: "Geometry"
-    FbxString fileSubType;  // second word: "Mesh"
-    FbxString prefix;       // name prefix: "Geometry::"
+    FbxString fileType;                 // record word in a file: "Geometry"
+    FbxString fileSubType;              // second word: "Mesh"
+    FbxString prefix;                   // name prefix: "Geometry::"
     qe::Ref<FbxPropertyPage> rootPage;  // the class's defaults
     int instanceCount = 0;
     // Set while the first instance declares the class's properties.

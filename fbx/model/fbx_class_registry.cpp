@@ -5,8 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "fbx/model/fbx_object.h"
-#include "fbx/model/fbx_property_page.h"
 #include "fbx/model/fbx_anim_curve.h"
 #include "fbx/model/fbx_anim_curve_node.h"
 #include "fbx/model/fbx_anim_layer.h"
@@ -33,7 +31,9 @@
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_node_attribute.h"
 #include "fbx/model/fbx_null.h"
+#include "fbx/model/fbx_object.h"
 #include "fbx/model/fbx_pose.h"
+#include "fbx/model/fbx_property_page.h"
 #include "fbx/model/fbx_scene.h"
 #include "fbx/model/fbx_shape.h"
 #include "fbx/model/fbx_skeleton.h"

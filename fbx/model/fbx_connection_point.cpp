@@ -200,6 +200,43 @@ FbxConnectionPoint* FbxConnectionPoint::GetView(const FbxCriteria& filter) {
     return views_.back().get();
 }
 
+FbxConnectionPoint* FbxConnectionPoint::FindView(const FbxCriteria& filter) const {
+    const FbxConnectionPoint* self = IsView() ? parentView_ : this;
+    for (const auto& view : self->views_)
+        if (view->filter_ == filter) return view.get();
+    return nullptr;
+}
+
+const std::vector<FbxConnectionPoint::Link>* FbxConnectionPoint::FilteredList(bool sources,
+                                                                             const FbxCriteria& filter) {
+    FbxConnectionPoint* self = IsView() ? parentView_ : this;
+    FbxConnectionPoint* view = self->FindView(filter);
+    if (!view) {
+        if ((sources ? self->src_ : self->dst_).size() <= kScanLimit) return nullptr;
+        view = self->GetView(filter);
+    }
+    return sources ? &view->src_ : &view->dst_;
+}
+
+int FbxConnectionPoint::FilteredCount(bool sources, const FbxCriteria& filter) {
+    if (const std::vector<Link>* list = FilteredList(sources, filter)) return static_cast<int>(list->size());
+    FbxConnectionPoint* self = IsView() ? parentView_ : this;
+    int count = 0;
+    for (const Link& link : sources ? self->src_ : self->dst_)
+        if (filter.Passes(link.point)) ++count;
+    return count;
+}
+
+FbxConnectionPoint* FbxConnectionPoint::FilteredAt(bool sources, const FbxCriteria& filter, int index) {
+    if (index < 0) return nullptr;
+    if (const std::vector<Link>* list = FilteredList(sources, filter))
+        return static_cast<size_t>(index) < list->size() ? (*list)[static_cast<size_t>(index)].point : nullptr;
+    FbxConnectionPoint* self = IsView() ? parentView_ : this;
+    for (const Link& link : sources ? self->src_ : self->dst_)
+        if (filter.Passes(link.point) && index-- == 0) return link.point;
+    return nullptr;
+}
+
 bool FbxConnectionPoint::MoveSrc(int from, int to) {
     int count = static_cast<int>(src_.size());
     if (from < 0 || from >= count || to < 0 || to >= count) return false;

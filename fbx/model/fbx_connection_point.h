@@ -75,6 +75,16 @@ public:
     // The view of this point for a filter, made and filled on the first
     // request, kept in step with this point afterwards.
     FbxConnectionPoint* GetView(const FbxCriteria& filter);
+    // The existing view for a filter, or null.
+    FbxConnectionPoint* FindView(const FbxCriteria& filter) const;
+
+    // Filtered reads of the sources (or destinations). A short list is
+    // read by a scan, so that objects with a few connections carry no
+    // views; a longer one through the filter's view, made on first need.
+    static constexpr size_t kScanLimit = 16;
+    int FilteredCount(bool sources, const FbxCriteria& filter);
+    // The point of the index-th passing link, or null.
+    FbxConnectionPoint* FilteredAt(bool sources, const FbxCriteria& filter, int index);
     int ViewCount() const { return static_cast<int>(views_.size()); }
     const FbxCriteria& GetFilter() const { return filter_; }
 
@@ -91,6 +101,9 @@ private:
     bool RemoveDstLink(const FbxConnectionPoint* point);
     void RemoveHiddenDst(const FbxConnectionPoint* point);
     void RebuildViewSources();
+    // The filter's list when a view serves it, else null (scan the plain
+    // list).
+    const std::vector<Link>* FilteredList(bool sources, const FbxCriteria& filter);
 
     FbxPropertyPage* page_;
     int id_;

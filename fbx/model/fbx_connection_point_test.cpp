@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,8 @@ public:
 
     bool ConnectNotify(const FbxConnectEvent& event) override {
         events.push_back(event.type);
-        bool request = event.type == FbxConnectEvent::eConnectRequest || event.type == FbxConnectEvent::eDisconnectRequest;
+        bool request =
+            event.type == FbxConnectEvent::eConnectRequest || event.type == FbxConnectEvent::eDisconnectRequest;
         return !(refuse && request);
     }
 };
@@ -178,9 +180,9 @@ TEST_F(FbxConnectionTest, ConnectNotifyCanRefuseAndHearsEveryStep) {
     FbxObject* other = FbxObject::Create(manager, "other");
 
     EXPECT_TRUE(listener->ConnectSrcObject(other));
-    EXPECT_EQ(listener->events, (std::vector<FbxConnectEvent::EType>{FbxConnectEvent::eConnectRequest,
-                                                                      FbxConnectEvent::eConnect,
-                                                                      FbxConnectEvent::eConnected}));
+    EXPECT_EQ(listener->events,
+              (std::vector<FbxConnectEvent::EType>{FbxConnectEvent::eConnectRequest, FbxConnectEvent::eConnect,
+                                                   FbxConnectEvent::eConnected}));
     listener->refuse = true;
     EXPECT_FALSE(listener->DisconnectSrcObject(other));
     EXPECT_TRUE(listener->IsConnectedSrcObject(other));
@@ -236,6 +238,55 @@ TEST_F(FbxConnectionTest, CollectionsHoldTheirMembersAsSources) {
     collection->Clear();
     EXPECT_EQ(collection->GetMemberCount(), 0);
     EXPECT_FALSE(collection->RemoveMember(phong));
+}
+
+TEST_F(FbxConnectionTest, ViewsMatchTheFilteredPlainListsThroughRandomChanges) {
+    FbxNode* hub = FbxNode::Create(manager, "hub");
+    std::vector<FbxObject*> pool;
+    for (int i = 0; i < 6; ++i) {
+        pool.push_back(FbxNode::Create(manager, "node"));
+        pool.push_back(FbxMesh::Create(manager, "mesh"));
+        pool.push_back(FbxSurfacePhong::Create(manager, "phong"));
+    }
+    const FbxCriteria filters[] = {FbxCriteria(), FbxCriteria::ObjectType(FbxNode::ClassId),
+                                   FbxCriteria::ObjectType(FbxGeometry::ClassId),
+                                   FbxCriteria::ObjectType(FbxSurfaceMaterial::ClassId)};
+    FbxConnectionPoint* point = hub->GetRootProperty().GetConnectionPoint();
+    // Some views exist from the start, the others are made half way.
+    hub->GetSrcObjectCount(filters[1]);
+    hub->GetSrcObjectCount(filters[3]);
+
+    std::mt19937 random(1234);
+    for (int step = 0; step < 2000; ++step) {
+        FbxObject* object = pool[random() % pool.size()];
+        int count = static_cast<int>(point->Sources().size());
+        switch (random() % 4) {
+            case 0:
+            case 1: hub->ConnectSrcObject(object); break;
+            case 2: hub->DisconnectSrcObject(object); break;
+            default:
+                if (count > 0)
+                    hub->GetRootProperty().MoveSrcObject(static_cast<int>(random() % count),
+                                                         static_cast<int>(random() % count));
+                break;
+        }
+        if (step == 1000) hub->GetSrcObjectCount(filters[2]);
+        for (const FbxCriteria& filter : filters) {
+            std::vector<FbxObject*> expected;
+            for (const FbxConnectionPoint::Link& link : point->Sources())
+                if (filter.Passes(link.point)) expected.push_back(link.point->GetOwnerObject());
+            std::vector<FbxObject*> actual;
+            for (int i = 0; i < hub->GetSrcObjectCount(filter); ++i) actual.push_back(hub->GetSrcObject(filter, i));
+            ASSERT_EQ(actual, expected) << "step " << step;
+        }
+        // Each object lists the hub as often as the hub lists it.
+        for (FbxObject* o : pool) {
+            int asSource = 0;
+            for (const FbxConnectionPoint::Link& link : point->Sources())
+                if (link.point->GetOwnerObject() == o) ++asSource;
+            ASSERT_EQ(o->GetDstObjectCount(), asSource);
+        }
+    }
 }
 
 }  // namespace

@@ -9,40 +9,40 @@ namespace {
 // Registered rows first, in registration order, then the named variants
 // that carry a meaning for a tool.
 constexpr FbxDataTypeRecord kRows[] = {
-    {"Byte", eFbxChar},                 // 0
-    {"UByte", eFbxUChar},               // 1
-    {"Short", eFbxShort},               // 2
-    {"UShort", eFbxUShort},             // 3
-    {"UInteger", eFbxUInt},             // 4
-    {"LongLong", eFbxLongLong},         // 5
-    {"ULongLong", eFbxULongLong},       // 6
-    {"HalfFloat", eFbxHalfFloat},       // 7
-    {"Bool", eFbxBool},                 // 8
-    {"Integer", eFbxInt},               // 9
-    {"Float", eFbxFloat},               // 10
-    {"Number", eFbxDouble},             // 11
-    {"Vector2", eFbxDouble2},           // 12
-    {"Vector", eFbxDouble3},            // 13
-    {"Vector4", eFbxDouble4},           // 14
-    {"Matrix", eFbxDouble4x4},          // 15
-    {"Enum", eFbxEnum},                 // 16
-    {"stringlist", eFbxEnum},           // 17
-    {"Time", eFbxTime},                 // 18
-    {"TimeCode", eFbxDouble3},          // 19
-    {"Reference", eFbxReference},       // 20
-    {"KString", eFbxString},            // 21
-    {"charptr", eFbxString},            // 22
-    {"Action", eFbxBool},               // 23
-    {"event", eFbxUndefined},           // 24
-    {"Compound", eFbxUndefined},        // 25
-    {"Blob", eFbxBlob},                 // 26
-    {"Distance", eFbxDistance},         // 27
-    {"DateTime", eFbxDateTime},         // 28
-    {"Color", eFbxDouble3},             // 29
-    {"ColorAndAlpha", eFbxDouble4},     // 30
-    {"object", eFbxReference},          // 31
+    {"Byte", eFbxChar},                    // 0
+    {"UByte", eFbxUChar},                  // 1
+    {"Short", eFbxShort},                  // 2
+    {"UShort", eFbxUShort},                // 3
+    {"UInteger", eFbxUInt},                // 4
+    {"LongLong", eFbxLongLong},            // 5
+    {"ULongLong", eFbxULongLong},          // 6
+    {"HalfFloat", eFbxHalfFloat},          // 7
+    {"Bool", eFbxBool},                    // 8
+    {"Integer", eFbxInt},                  // 9
+    {"Float", eFbxFloat},                  // 10
+    {"Number", eFbxDouble},                // 11
+    {"Vector2", eFbxDouble2},              // 12
+    {"Vector", eFbxDouble3},               // 13
+    {"Vector4", eFbxDouble4},              // 14
+    {"Matrix", eFbxDouble4x4},             // 15
+    {"Enum", eFbxEnum},                    // 16
+    {"stringlist", eFbxEnum},              // 17
+    {"Time", eFbxTime},                    // 18
+    {"TimeCode", eFbxDouble3},             // 19
+    {"Reference", eFbxReference},          // 20
+    {"KString", eFbxString},               // 21
+    {"charptr", eFbxString},               // 22
+    {"Action", eFbxBool},                  // 23
+    {"event", eFbxUndefined},              // 24
+    {"Compound", eFbxUndefined},           // 25
+    {"Blob", eFbxBlob},                    // 26
+    {"Distance", eFbxDistance},            // 27
+    {"DateTime", eFbxDateTime},            // 28
+    {"Color", eFbxDouble3},                // 29
+    {"ColorAndAlpha", eFbxDouble4},        // 30
+    {"object", eFbxReference},             // 31
     {"ReferenceProperty", eFbxReference},  // 32
-    {"Real", eFbxDouble},               // 33
+    {"Real", eFbxDouble},                  // 33
     // Named variants.
     {"Translation", eFbxDouble3},
     {"Rotation", eFbxDouble3},
@@ -131,9 +131,9 @@ struct Spelling {
     int row;
 };
 constexpr Spelling kSpellings[] = {
-    {"bool", 8},       {"int", 9},         {"ColorRGB", 29},  {"ColorRGBA", 30}, {"KTime", 18},
-    {"KTimeCode", 19}, {"enum", 16},       {"double", 11},    {"Vector2D", 12},  {"Vector3D", 13},
-    {"Vector4D", 14},  {"float", 10},      {"matrix4x4", 15},
+    {"bool", 8},       {"int", 9},    {"ColorRGB", 29},  {"ColorRGBA", 30}, {"KTime", 18},
+    {"KTimeCode", 19}, {"enum", 16},  {"double", 11},    {"Vector2D", 12},  {"Vector3D", 13},
+    {"Vector4D", 14},  {"float", 10}, {"matrix4x4", 15},
 };
 
 // Rows made at run time. A deque keeps their addresses stable.
@@ -244,11 +244,10 @@ int FbxDataTypeTable::FixedCount() { return kRowCount; }
 void FbxDataTypeTable::ReleaseCreated() { createdRows().clear(); }
 
 const char* FbxTypeName(EFbxType type) {
-    static const char* const kNames[] = {"none",    "byte",    "ubyte",   "short",     "ushort", "uint",
-                                         "int64",   "uint64",  "half",    "bool",      "int",    "float",
-                                         "double",  "double2", "double3", "double4",   "double4x4",
-                                         "enum",    "string",  "time",    "reference", "blob",   "distance",
-                                         "datetime"};
+    static const char* const kNames[] = {"none",   "byte",    "ubyte",     "short",   "ushort",    "uint",
+                                         "int64",  "uint64",  "half",      "bool",    "int",       "float",
+                                         "double", "double2", "double3",   "double4", "double4x4", "enum",
+                                         "string", "time",    "reference", "blob",    "distance",  "datetime"};
     if (type < 0 || type >= eFbxTypeCount) return "unknown";
     return kNames[type];
 }

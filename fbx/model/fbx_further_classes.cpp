@@ -82,7 +82,8 @@ KIVA_FBX_OBJECT_IMPLEMENT(FbxCharacter)
 FbxCharacter::FbxCharacter(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxConstraintSingleChainIK)
-FbxConstraintSingleChainIK::FbxConstraintSingleChainIK(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
+FbxConstraintSingleChainIK::FbxConstraintSingleChainIK(FbxManager& manager, const char* name)
+    : ParentClass(manager, name) {}
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxConstraintCustom)
 FbxConstraintCustom::FbxConstraintCustom(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
@@ -157,7 +158,9 @@ KIVA_FBX_OBJECT_IMPLEMENT(FbxProcessorXRefCopy)
 FbxProcessorXRefCopy::FbxProcessorXRefCopy(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxProcessorXRefCopyUserLibrary)
-FbxProcessorXRefCopyUserLibrary::FbxProcessorXRefCopyUserLibrary(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
+FbxProcessorXRefCopyUserLibrary::FbxProcessorXRefCopyUserLibrary(FbxManager& manager, const char* name)
+    : ParentClass(manager, name) {}
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxProcessorShaderDependency)
-FbxProcessorShaderDependency::FbxProcessorShaderDependency(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
+FbxProcessorShaderDependency::FbxProcessorShaderDependency(FbxManager& manager, const char* name)
+    : ParentClass(manager, name) {}

@@ -20,7 +20,8 @@ FbxManager::FbxManager() {
     rootLibrary_ = FbxLibrary::Create(this, "Fbx Libraries");
     systemLibraries_ = FbxLibrary::Create(rootLibrary_, "Fbx System Libraries");
     userLibraries_ = FbxLibrary::Create(rootLibrary_, "Fbx User   Libraries");
-    for (FbxLibrary* library : {rootLibrary_, systemLibraries_, userLibraries_}) library->SetFlag(FbxObject::eSystemFlag, true);
+    for (FbxLibrary* library : {rootLibrary_, systemLibraries_, userLibraries_})
+        library->SetFlag(FbxObject::eSystemFlag, true);
 }
 
 FbxManager::~FbxManager() {

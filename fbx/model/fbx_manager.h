@@ -38,8 +38,7 @@ public:
     // Adds a class to the registry at run time (it lives until the last
     // manager goes); the parent must be registered.
     FbxClassId RegisterRuntimeClass(const char* name, FbxClassId parent, FbxObjectConstructor constructor,
-                                    const char* fileType = "", const char* fileSubType = "",
-                                    const char* prefix = "");
+                                    const char* fileType = "", const char* fileSubType = "", const char* prefix = "");
 
     // Object lists: documents apart from all other objects.
     void RegisterObject(FbxObject* object);

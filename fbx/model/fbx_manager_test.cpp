@@ -7,6 +7,7 @@
 
 #include "fbx/model/fbx_class_registry.h"
 #include "fbx/model/fbx_cluster.h"
+#include "fbx/model/fbx_connection_point.h"
 #include "fbx/model/fbx_further_classes.h"
 #include "fbx/model/fbx_library.h"
 #include "fbx/model/fbx_mesh.h"
@@ -38,9 +39,14 @@ protected:
 
 TEST_F(FbxManagerTest, RegistryHoldsAllClassesParentFirstWithTheirFileWords) {
     EXPECT_EQ(FbxClassRegistry::Count(), 94);
-    const char* names[] = {"FbxObject", "FbxScene", "FbxNode", "FbxMesh", "FbxSkin", "FbxCluster",
-                           "FbxSurfacePhong", "FbxAnimCurve", "FbxImporter", "FbxIOSettings", "FbxLibrary",
-                           "FbxConstraintAim", "FbxCharacter", "FbxProcessorShaderDependency", "FbxDisplayLayer"};
+    const char* names[] = {"FbxObject",       "FbxScene",
+                           "FbxNode",         "FbxMesh",
+                           "FbxSkin",         "FbxCluster",
+                           "FbxSurfacePhong", "FbxAnimCurve",
+                           "FbxImporter",     "FbxIOSettings",
+                           "FbxLibrary",      "FbxConstraintAim",
+                           "FbxCharacter",    "FbxProcessorShaderDependency",
+                           "FbxDisplayLayer"};
     for (const char* name : names) {
         FbxClassId id = manager->FindClass(name);
         ASSERT_TRUE(id.IsValid()) << name;
@@ -244,6 +250,15 @@ TEST_F(FbxManagerTest, ManagerDestroysWhatIsLeft) {
     FbxDocument* document = FbxDocument::Create(manager, "doc");
     document->ConnectSrcObject(scene);
     objects[10]->GetRootProperty().ConnectSrcProperty(objects[20]->GetRootProperty());
+    FbxObject* sink = FbxObject::Create(manager, "sink");
+    sink->GetRootProperty().SetConnectionPointType(FbxConnectionPoint::eDefault | FbxConnectionPoint::eOneWay);
+    for (FbxObject* o : objects) sink->ConnectSrcObject(o);
+    FbxProperty dynamic = FbxProperty::Create(sink, FbxDoubleDT, "Weight");
+    dynamic.ConnectSrcObject(objects[3]);
+    dynamic.ConnectDstProperty(objects[4]->GetRootProperty());
+    // Views on long lists, which the teardown must empty too.
+    EXPECT_EQ(sink->GetSrcObjectCount(FbxCriteria::ObjectType(FbxNode::ClassId)), 50);
+    EXPECT_EQ(scene->GetSrcObjectCount(FbxCriteria::ObjectType(FbxNode::ClassId)), 50);
     EXPECT_GT(manager->GetObjectCount(), 49);
 }
 

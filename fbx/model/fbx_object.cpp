@@ -25,7 +25,8 @@ std::atomic<FbxUInt64> gNextUniqueId{1};
 // declaration of their properties.
 FbxPropertyPage* ensureClassPage(FbxClassRecord* record) {
     if (record->rootPage) return record->rootPage.get();
-    FbxPropertyPage* parentPage = record->parent ? ensureClassPage(const_cast<FbxClassRecord*>(record->parent)) : nullptr;
+    FbxPropertyPage* parentPage =
+        record->parent ? ensureClassPage(const_cast<FbxClassRecord*>(record->parent)) : nullptr;
     auto* page = new FbxPropertyPage(parentPage, nullptr);
     page->AddRoot(record->name.c_str());
     record->rootPage = qe::Ref<FbxPropertyPage>(page);

@@ -220,7 +220,7 @@ const char* FbxProperty::GetEnumValue(int index) const {
     if (!IsValid() || index < 0) return "";
     const FbxPropertyInfo* info = page_->GetInfo(id_);
     return static_cast<size_t>(index) < info->enumItems.size() ? info->enumItems[static_cast<size_t>(index)].c_str()
-                                                                : "";
+                                                               : "";
 }
 
 int FbxProperty::GetEnumCount() const {
@@ -234,11 +234,6 @@ FbxConnectionPoint* FbxProperty::GetConnectionPoint() const {
 }
 
 FbxConnectionPoint* FbxProperty::ExistingPoint() const { return IsValid() ? page_->GetPoint(id_) : nullptr; }
-
-FbxConnectionPoint* FbxProperty::View(const FbxCriteria& criteria) const {
-    FbxConnectionPoint* point = ExistingPoint();
-    return point ? point->GetView(criteria) : nullptr;
-}
 
 bool FbxProperty::SetConnectionPointType(uint32_t typeBits) {
     FbxConnectionPoint* point = GetConnectionPoint();
@@ -280,14 +275,14 @@ bool FbxProperty::DisconnectAllSrcObject(const FbxCriteria& criteria) {
 }
 
 int FbxProperty::GetSrcObjectCount(const FbxCriteria& criteria) const {
-    FbxConnectionPoint* view = View(criteria);
-    return view ? static_cast<int>(view->Sources().size()) : 0;
+    FbxConnectionPoint* point = ExistingPoint();
+    return point ? point->FilteredCount(true, criteria) : 0;
 }
 
 FbxObject* FbxProperty::GetSrcObject(const FbxCriteria& criteria, int index) const {
-    FbxConnectionPoint* view = View(criteria);
-    if (!view || index < 0 || static_cast<size_t>(index) >= view->Sources().size()) return nullptr;
-    return view->Sources()[static_cast<size_t>(index)].point->GetOwnerObject();
+    FbxConnectionPoint* point = ExistingPoint();
+    FbxConnectionPoint* found = point ? point->FilteredAt(true, criteria, index) : nullptr;
+    return found ? found->GetOwnerObject() : nullptr;
 }
 
 FbxObject* FbxProperty::FindSrcObject(const FbxCriteria& criteria, const char* name, int startIndex) const {
@@ -315,14 +310,14 @@ bool FbxProperty::DisconnectDstObject(FbxObject* object) {
 }
 
 int FbxProperty::GetDstObjectCount(const FbxCriteria& criteria) const {
-    FbxConnectionPoint* view = View(criteria);
-    return view ? static_cast<int>(view->Destinations().size()) : 0;
+    FbxConnectionPoint* point = ExistingPoint();
+    return point ? point->FilteredCount(false, criteria) : 0;
 }
 
 FbxObject* FbxProperty::GetDstObject(const FbxCriteria& criteria, int index) const {
-    FbxConnectionPoint* view = View(criteria);
-    if (!view || index < 0 || static_cast<size_t>(index) >= view->Destinations().size()) return nullptr;
-    return view->Destinations()[static_cast<size_t>(index)].point->GetOwnerObject();
+    FbxConnectionPoint* point = ExistingPoint();
+    FbxConnectionPoint* found = point ? point->FilteredAt(false, criteria, index) : nullptr;
+    return found ? found->GetOwnerObject() : nullptr;
 }
 
 bool FbxProperty::ConnectSrcProperty(const FbxProperty& property, uint32_t connectType) {
@@ -344,10 +339,10 @@ int FbxProperty::GetSrcPropertyCount(const FbxCriteria& criteria) const {
 }
 
 FbxProperty FbxProperty::GetSrcProperty(const FbxCriteria& criteria, int index) const {
-    FbxConnectionPoint* view = View(FbxCriteria::And(criteria, FbxCriteria::IsProperty()));
-    if (!view || index < 0 || static_cast<size_t>(index) >= view->Sources().size()) return FbxProperty();
-    const FbxConnectionPoint* p = view->Sources()[static_cast<size_t>(index)].point;
-    return FbxProperty(p->GetPage(), p->GetId());
+    FbxConnectionPoint* point = ExistingPoint();
+    const FbxConnectionPoint* found =
+        point ? point->FilteredAt(true, FbxCriteria::And(criteria, FbxCriteria::IsProperty()), index) : nullptr;
+    return found ? FbxProperty(found->GetPage(), found->GetId()) : FbxProperty();
 }
 
 bool FbxProperty::ConnectDstProperty(const FbxProperty& property, uint32_t connectType) {
@@ -369,18 +364,17 @@ int FbxProperty::GetDstPropertyCount(const FbxCriteria& criteria) const {
 }
 
 FbxProperty FbxProperty::GetDstProperty(const FbxCriteria& criteria, int index) const {
-    FbxConnectionPoint* view = View(FbxCriteria::And(criteria, FbxCriteria::IsProperty()));
-    if (!view || index < 0 || static_cast<size_t>(index) >= view->Destinations().size()) return FbxProperty();
-    const FbxConnectionPoint* p = view->Destinations()[static_cast<size_t>(index)].point;
-    return FbxProperty(p->GetPage(), p->GetId());
+    FbxConnectionPoint* point = ExistingPoint();
+    const FbxConnectionPoint* found =
+        point ? point->FilteredAt(false, FbxCriteria::And(criteria, FbxCriteria::IsProperty()), index) : nullptr;
+    return found ? FbxProperty(found->GetPage(), found->GetId()) : FbxProperty();
 }
 
 bool FbxProperty::MoveSrcObject(int from, int to) {
     FbxConnectionPoint* point = ExistingPoint();
     if (!point) return false;
     // Indexes count source objects; translate them to the plain list.
-    FbxConnectionPoint* view = point->GetView(FbxCriteria());
-    int count = static_cast<int>(view->Sources().size());
+    int count = point->FilteredCount(true, FbxCriteria());
     if (from < 0 || from >= count || to < 0 || to >= count) return false;
     auto plainIndex = [&](int objectIndex) {
         int seen = -1;

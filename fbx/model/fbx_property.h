@@ -14,11 +14,11 @@ class FbxConnectionPoint;
 struct FbxPropertyFlags {
     enum EFlags : uint32_t {
         eNone = 0,
-        eAnimatable = 2,     // "A"
-        eAnimated = 4,       // "+": a curve node is connected
-        eImported = 8,       // made by the reader
-        eUserDefined = 16,   // "U"
-        eHidden = 32,        // "H"
+        eAnimatable = 2,    // "A"
+        eAnimated = 4,      // "+": a curve node is connected
+        eImported = 8,      // made by the reader
+        eUserDefined = 16,  // "U"
+        eHidden = 32,       // "H"
         eLockedMember0 = 0x80,
         eLockedMember1 = 0x100,
         eLockedMember2 = 0x200,
@@ -28,7 +28,7 @@ struct FbxPropertyFlags {
         eMutedMember1 = 0x1000,
         eMutedMember2 = 0x2000,
         eMutedMember3 = 0x4000,
-        eMutedAll = 0x7800,  // "M" and a digit
+        eMutedAll = 0x7800,    // "M" and a digit
         eAllFlags = 0x7FFFFF,  // the low 23 bits
     };
 };
@@ -50,8 +50,8 @@ public:
     // its type) and *wasFound set.
     static FbxProperty Create(const FbxProperty& parent, const FbxDataType& dataType, const char* name,
                               const char* label = "", bool checkExisting = true, bool* wasFound = nullptr);
-    static FbxProperty Create(FbxObject* object, const FbxDataType& dataType, const char* name,
-                              const char* label = "", bool checkExisting = true, bool* wasFound = nullptr);
+    static FbxProperty Create(FbxObject* object, const FbxDataType& dataType, const char* name, const char* label = "",
+                              bool checkExisting = true, bool* wasFound = nullptr);
     // Declares a property with its default value and flags; used by classes
     // on their class root property the first time they are instantiated.
     template <class T>
@@ -91,10 +91,8 @@ public:
     // when there is no value or no conversion.
     bool Get(void* value, EFbxType type) const;
     template <class T>
-        requires requires { FbxTypeOf<T>::value; }
-    bool Get(T& value) const {
-        return Get(&value, FbxTypeOf<T>::value);
-    }
+    requires requires { FbxTypeOf<T>::value; }
+    bool Get(T& value) const { return Get(&value, FbxTypeOf<T>::value); }
     // The value as T, or T{} when it cannot be read.
     template <class T>
     T Get() const {
@@ -109,10 +107,8 @@ public:
     // and can cancel it.
     bool Set(const void* value, EFbxType type, bool check = true);
     template <class T>
-        requires requires { FbxTypeOf<T>::value; }
-    bool Set(const T& value, bool check = true) {
-        return Set(&value, FbxTypeOf<T>::value, check);
-    }
+    requires requires { FbxTypeOf<T>::value; }
+    bool Set(const T& value, bool check = true) { return Set(&value, FbxTypeOf<T>::value, check); }
     bool Set(const char* value, bool check = true) {
         FbxString s(value ? value : "");
         return Set(&s, eFbxString, check);
@@ -191,8 +187,20 @@ public:
 
 private:
     FbxConnectionPoint* ExistingPoint() const;
-    FbxConnectionPoint* View(const FbxCriteria& criteria) const;
 
     FbxPropertyPage* page_ = nullptr;
     int id_ = -1;
+};
+
+// A property handle that knows the value type its users read and write, for
+// classes that hand out their properties: `FbxPropertyT<FbxDouble3>`.
+template <class T>
+class FbxPropertyT : public FbxProperty {
+public:
+    FbxPropertyT() = default;
+    FbxPropertyT(const FbxProperty& property) : FbxProperty(property) {}
+
+    // The value, or T{} when it cannot be read.
+    T Get() const { return FbxProperty::Get<T>(); }
+    bool Set(const T& value, bool check = true) { return FbxProperty::Set(value, check); }
 };

@@ -2,8 +2,8 @@
 #include <malloc.h>
 
 #include <atomic>
-#include <ctime>
 #include <cstdlib>
+#include <ctime>
 #include <new>
 #include <string>
 #include <vector>

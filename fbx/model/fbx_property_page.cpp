@@ -21,7 +21,7 @@ bool sameName(std::string_view a, std::string_view b, bool caseSensitive) {
 
 }  // namespace
 
-bool FbxPropertyPage::cacheLess(const CacheItem& a, const CacheItem& b) {
+bool FbxPropertyPage::IndexLess(const IndexItem& a, const IndexItem& b) {
     if (a.parentId != b.parentId) return a.parentId < b.parentId;
     return a.name < b.name;
 }
@@ -77,8 +77,7 @@ void FbxPropertyPage::CopyEntriesFrom(const FbxPropertyPage& other) {
     }
     for (Entry& k : kept) GetOrAddEntry(k.id).point = std::move(k.point);
     nextId_ = std::max(nextId_, other.nextId_);
-    cache_.reset();
-    cacheDepth_ = 0;
+    index_.reset();
 }
 
 FbxPropertyPage::Entry* FbxPropertyPage::FindEntry(int id) {
@@ -143,13 +142,17 @@ FbxConnectionPoint* FbxPropertyPage::GetOrCreatePoint(int id) {
 
 FbxPropertyInfo* FbxPropertyPage::GetOwnInfo(int id) {
     if (Entry* e = FindEntry(id); e && e->info) {
-        if (e->info->refCount() > 1) e->info = qe::Ref<FbxPropertyInfo>(e->info->Clone());
+        if (e->info->refCount() > 1) {
+            e->info = qe::Ref<FbxPropertyInfo>(e->info->Clone());
+            index_.reset();
+        }
         return e->info.get();
     }
     const FbxPropertyInfo* inherited = GetInfo(id);
     if (!inherited) return nullptr;
     Entry& e = GetOrAddEntry(id);
     e.info = qe::Ref<FbxPropertyInfo>(inherited->Clone());
+    index_.reset();
     return e.info.get();
 }
 
@@ -209,7 +212,12 @@ int FbxPropertyPage::Add(int parentId, const char* name, FbxDataType type, const
     Entry& e = GetOrAddEntry(id);
     e.info = qe::Ref<FbxPropertyInfo>(info);
     if (FbxPropertyValue* value = FbxPropertyValue::Create(type.GetType())) e.value = qe::Ref<FbxPropertyValue>(value);
-    if (cache_) CacheAdd(parentId, info->name, id);
+    if (index_) {
+        IndexItem item{parentId, info->name, id};
+        auto it = std::lower_bound(index_->begin(), index_->end(), item, IndexLess);
+        // A name already there keeps its smaller id.
+        if (it == index_->end() || it->parentId != parentId || it->name != item.name) index_->insert(it, item);
+    }
     return id;
 }
 
@@ -254,12 +262,13 @@ int FbxPropertyPage::NextSibling(int id) const {
 }
 
 int FbxPropertyPage::FindChild(int parentId, std::string_view name, bool caseSensitive) const {
-    if (caseSensitive && cache_) {
-        auto it = std::lower_bound(cache_->begin(), cache_->end(), CacheItem{parentId, name, 0}, cacheLess);
-        return it != cache_->end() && it->parentId == parentId && it->name == name ? it->id : -1;
-    }
     int best = INT_MAX;
     for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
+        if (caseSensitive) {
+            int id = p->FindOwnChild(parentId, name);
+            if (id >= 0 && id < best) best = id;
+            continue;
+        }
         for (const Entry& e : p->entries_) {
             if (e.id >= best) break;
             if (e.info && e.info->parentId == parentId && e.id != parentId &&
@@ -272,36 +281,36 @@ int FbxPropertyPage::FindChild(int parentId, std::string_view name, bool caseSen
     return best == INT_MAX ? -1 : best;
 }
 
-void FbxPropertyPage::CacheAdd(int parentId, std::string_view name, int id) {
-    CacheItem item{parentId, name, id};
-    auto it = std::lower_bound(cache_->begin(), cache_->end(), item, cacheLess);
-    if (it != cache_->end() && it->parentId == parentId && it->name == name) {
-        if (id < it->id) it->id = id;
-        return;
+int FbxPropertyPage::FindOwnChild(int parentId, std::string_view name) const {
+    if (IndexAllowed()) {
+        const NameIndex& index = Index();
+        auto it = std::lower_bound(index.begin(), index.end(), IndexItem{parentId, name, 0}, IndexLess);
+        return it != index.end() && it->parentId == parentId && it->name == name ? it->id : -1;
     }
-    cache_->insert(it, item);
+    // An object page outside a bracket: its own properties are few.
+    for (const Entry& e : entries_)
+        if (e.info && e.id != 0 && e.info->parentId == parentId && e.info->name == name) return e.id;
+    return -1;
 }
 
-void FbxPropertyPage::BeginCreateOrFind() {
-    if (cacheDepth_++ > 0) return;
-    cache_ = std::make_unique<NameCache>();
-    for (const FbxPropertyPage* p = this; p; p = p->parent_.get())
-        for (const Entry& e : p->entries_)
-            if (e.info && e.id != 0) cache_->push_back(CacheItem{e.info->parentId, e.info->name, e.id});
+const FbxPropertyPage::NameIndex& FbxPropertyPage::Index() const {
+    if (index_) return *index_;
+    index_ = std::make_unique<NameIndex>();
+    for (const Entry& e : entries_)
+        if (e.info && e.id != 0) index_->push_back(IndexItem{e.info->parentId, e.info->name, e.id});
     // Sorted by key, the smallest id of a name first; then one item a key.
-    std::sort(cache_->begin(), cache_->end(), [](const CacheItem& a, const CacheItem& b) {
-        if (cacheLess(a, b)) return true;
-        if (cacheLess(b, a)) return false;
-        return a.id < b.id;
-    });
-    cache_->erase(std::unique(cache_->begin(), cache_->end(),
-                              [](const CacheItem& a, const CacheItem& b) {
+    std::stable_sort(index_->begin(), index_->end(), IndexLess);
+    index_->erase(std::unique(index_->begin(), index_->end(),
+                              [](const IndexItem& a, const IndexItem& b) {
                                   return a.parentId == b.parentId && a.name == b.name;
                               }),
-                  cache_->end());
+                  index_->end());
+    return *index_;
 }
+
+void FbxPropertyPage::BeginCreateOrFind() { ++cacheDepth_; }
 
 void FbxPropertyPage::EndCreateOrFind() {
     if (cacheDepth_ == 0) return;
-    if (--cacheDepth_ == 0) cache_.reset();
+    if (--cacheDepth_ == 0 && owner_) index_.reset();
 }

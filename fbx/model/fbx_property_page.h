@@ -97,23 +97,29 @@ public:
     int NextSibling(int id) const;
     int FindChild(int parentId, std::string_view name, bool caseSensitive) const;
 
-    // Name cache for bulk finds between these calls (they nest).
+    // Bracket bulk finds on an object's page (they nest): in between, the
+    // page keeps a name index of its own properties, as class pages always
+    // do, so that each find is a few binary searches along the chain.
     void BeginCreateOrFind();
     void EndCreateOrFind();
-    bool HasNameCache() const { return cache_ != nullptr; }
 
 private:
-    // One name of the cache. The name views the text of an info that the
-    // page chain keeps alive for as long as the cache exists.
-    struct CacheItem {
+    // One name of a page's index. The name views the text of an info held
+    // by one of the page's own entries; the index is dropped whenever such
+    // an info is replaced.
+    struct IndexItem {
         int parentId;
         std::string_view name;
         int id;
     };
-    using NameCache = std::vector<CacheItem>;  // sorted by (parentId, name)
+    using NameIndex = std::vector<IndexItem>;  // sorted by (parentId, name)
 
-    static bool cacheLess(const CacheItem& a, const CacheItem& b);
-    void CacheAdd(int parentId, std::string_view name, int id);
+    static bool IndexLess(const IndexItem& a, const IndexItem& b);
+    // Class pages always keep an index; object pages only inside a bracket.
+    bool IndexAllowed() const { return owner_ == nullptr || cacheDepth_ > 0; }
+    const NameIndex& Index() const;
+    // The smallest id of a child of that name on this page only, or -1.
+    int FindOwnChild(int parentId, std::string_view name) const;
     int NextFreeId() const;
 
     qe::Ref<FbxPropertyPage> parent_;
@@ -121,5 +127,5 @@ private:
     std::vector<Entry> entries_;  // sorted by id
     int nextId_ = 0;
     int cacheDepth_ = 0;
-    std::unique_ptr<NameCache> cache_;
+    mutable std::unique_ptr<NameIndex> index_;
 };

@@ -120,8 +120,7 @@ TEST_F(FbxPropertyTest, FlagsAreInheritedAndOverriddenPerObject) {
     EXPECT_TRUE(b->FindProperty("Color").GetFlag(FbxPropertyFlags::eAnimatable));
     EXPECT_FALSE(b->FindProperty("Color").GetFlag(FbxPropertyFlags::eHidden));
 
-    EXPECT_EQ(color.GetOwnFlagMask(),
-              static_cast<uint32_t>(FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eHidden));
+    EXPECT_EQ(color.GetOwnFlagMask(), static_cast<uint32_t>(FbxPropertyFlags::eAnimatable | FbxPropertyFlags::eHidden));
     EXPECT_EQ(color.GetOwnFlagValue(), static_cast<uint32_t>(FbxPropertyFlags::eHidden));
     // Setting the bits back to what the class has drops the entry.
     color.SetFlag(FbxPropertyFlags::eAnimatable, true);
@@ -212,6 +211,11 @@ TEST_F(FbxPropertyTest, GetAndSetConvertBetweenBaseTypes) {
     EXPECT_EQ(text.Get<int>(), 2);
     text.Set("plain text");
     EXPECT_EQ(text.Get<FbxString>(), "plain text");
+
+    FbxPropertyT<FbxDouble3> typed = color;
+    EXPECT_TRUE(typed.Set(FbxDouble3(7, 8, 9)));
+    EXPECT_EQ(typed.Get(), FbxDouble3(7, 8, 9));
+    EXPECT_EQ(FbxPropertyT<double>().Get(), 0.0);
 
     FbxProperty visible = a->FindProperty("Visible");
     EXPECT_EQ(visible.Get<FbxString>(), "true");

@@ -17,7 +17,8 @@ struct Number {
 };
 
 template <class T>
-constexpr bool kIsVector = std::is_same_v<T, FbxDouble2> || std::is_same_v<T, FbxDouble3> || std::is_same_v<T, FbxDouble4>;
+constexpr bool kIsVector =
+    std::is_same_v<T, FbxDouble2> || std::is_same_v<T, FbxDouble3> || std::is_same_v<T, FbxDouble4>;
 
 template <class T>
 constexpr int kVectorSize = sizeof(T) / sizeof(double);
@@ -59,7 +60,8 @@ double asDouble(const Number& n) {
 
 template <class I>
 I toInteger(const Number& n) {
-    if (!n.isFloat) return static_cast<I>(n.isUnsigned ? static_cast<I>(static_cast<uint64_t>(n.i)) : static_cast<I>(n.i));
+    if (!n.isFloat)
+        return static_cast<I>(n.isUnsigned ? static_cast<I>(static_cast<uint64_t>(n.i)) : static_cast<I>(n.i));
     double d = n.d;
     if (std::isnan(d)) return 0;
     constexpr double lo = static_cast<double>(std::numeric_limits<I>::lowest());
@@ -175,9 +177,7 @@ bool parseDoubles(std::string_view s, double* out, int count) {
 
 bool fromString(const FbxString& text, void* dst, EFbxType type) {
     switch (type) {
-        case eFbxString:
-            *static_cast<FbxString*>(dst) = text;
-            return true;
+        case eFbxString: *static_cast<FbxString*>(dst) = text; return true;
         case eFbxDouble2:
         case eFbxDouble3:
         case eFbxDouble4:

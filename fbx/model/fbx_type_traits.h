@@ -9,9 +9,9 @@
 template <class T>
 struct FbxTypeOf;
 
-#define KIVA_FBX_TYPE_OF(T, code) \
-    template <>                   \
-    struct FbxTypeOf<T> {         \
+#define KIVA_FBX_TYPE_OF(T, code)               \
+    template <>                                 \
+    struct FbxTypeOf<T> {                       \
         static constexpr EFbxType value = code; \
     }
 KIVA_FBX_TYPE_OF(FbxChar, eFbxChar);

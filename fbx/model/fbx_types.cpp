@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 
-
 FbxString FbxDateTime::ToString() const {
     char buffer[64];
     std::snprintf(buffer, sizeof(buffer), "%04d-%02d-%02d %02d:%02d:%02d:%03d", year, month, day, hour, minute, second,

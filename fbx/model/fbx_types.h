@@ -24,7 +24,7 @@ using FbxEnum = int32_t;
 using FbxUInt64 = uint64_t;
 
 // Base type codes of the data type table, in the order of their codes.
-enum EFbxType {
+enum EFbxType : int {
     eFbxUndefined = 0,  // compound, event: no value
     eFbxChar = 1,
     eFbxUChar = 2,
