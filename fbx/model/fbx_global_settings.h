@@ -36,26 +36,26 @@ public:
 
     FbxProperty GetProperty(EProperty which) const;
 
-    FbxProperty UpAxis() const { return GetProperty(eUpAxis); }
-    FbxProperty UpAxisSign() const { return GetProperty(eUpAxisSign); }
-    FbxProperty FrontAxis() const { return GetProperty(eFrontAxis); }
-    FbxProperty FrontAxisSign() const { return GetProperty(eFrontAxisSign); }
-    FbxProperty CoordAxis() const { return GetProperty(eCoordAxis); }
-    FbxProperty CoordAxisSign() const { return GetProperty(eCoordAxisSign); }
-    FbxProperty OriginalUpAxis() const { return GetProperty(eOriginalUpAxis); }
-    FbxProperty OriginalUpAxisSign() const { return GetProperty(eOriginalUpAxisSign); }
-    FbxProperty UnitScaleFactor() const { return GetProperty(eUnitScaleFactor); }
-    FbxProperty OriginalUnitScaleFactor() const { return GetProperty(eOriginalUnitScaleFactor); }
-    FbxProperty AmbientColor() const { return GetProperty(eAmbientColor); }
-    FbxProperty DefaultCamera() const { return GetProperty(eDefaultCamera); }
-    FbxProperty TimeMode() const { return GetProperty(eTimeMode); }
-    FbxProperty TimeProtocol() const { return GetProperty(eTimeProtocol); }
-    FbxProperty SnapOnFrameMode() const { return GetProperty(eSnapOnFrameMode); }
-    FbxProperty TimeSpanStart() const { return GetProperty(eTimeSpanStart); }
-    FbxProperty TimeSpanStop() const { return GetProperty(eTimeSpanStop); }
-    FbxProperty CustomFrameRate() const { return GetProperty(eCustomFrameRate); }
+    FbxPropertyT<FbxInt> UpAxis() const { return GetProperty(eUpAxis); }
+    FbxPropertyT<FbxInt> UpAxisSign() const { return GetProperty(eUpAxisSign); }
+    FbxPropertyT<FbxInt> FrontAxis() const { return GetProperty(eFrontAxis); }
+    FbxPropertyT<FbxInt> FrontAxisSign() const { return GetProperty(eFrontAxisSign); }
+    FbxPropertyT<FbxInt> CoordAxis() const { return GetProperty(eCoordAxis); }
+    FbxPropertyT<FbxInt> CoordAxisSign() const { return GetProperty(eCoordAxisSign); }
+    FbxPropertyT<FbxInt> OriginalUpAxis() const { return GetProperty(eOriginalUpAxis); }
+    FbxPropertyT<FbxInt> OriginalUpAxisSign() const { return GetProperty(eOriginalUpAxisSign); }
+    FbxPropertyT<FbxDouble> UnitScaleFactor() const { return GetProperty(eUnitScaleFactor); }
+    FbxPropertyT<FbxDouble> OriginalUnitScaleFactor() const { return GetProperty(eOriginalUnitScaleFactor); }
+    FbxPropertyT<FbxDouble3> AmbientColor() const { return GetProperty(eAmbientColor); }
+    FbxPropertyT<FbxString> DefaultCamera() const { return GetProperty(eDefaultCamera); }
+    FbxPropertyT<FbxEnum> TimeMode() const { return GetProperty(eTimeMode); }
+    FbxPropertyT<FbxEnum> TimeProtocol() const { return GetProperty(eTimeProtocol); }
+    FbxPropertyT<FbxEnum> SnapOnFrameMode() const { return GetProperty(eSnapOnFrameMode); }
+    FbxPropertyT<FbxTime> TimeSpanStart() const { return GetProperty(eTimeSpanStart); }
+    FbxPropertyT<FbxTime> TimeSpanStop() const { return GetProperty(eTimeSpanStop); }
+    FbxPropertyT<FbxDouble> CustomFrameRate() const { return GetProperty(eCustomFrameRate); }
     FbxProperty TimeMarker() const { return GetProperty(eTimeMarker); }
-    FbxProperty CurrentTimeMarker() const { return GetProperty(eCurrentTimeMarker); }
+    FbxPropertyT<FbxInt> CurrentTimeMarker() const { return GetProperty(eCurrentTimeMarker); }
 
 protected:
     void ConstructProperties(bool forceSet) override;

@@ -248,7 +248,7 @@ FbxNodeAttribute* FbxNode::GetNodeAttribute() const {
     return GetNodeAttributeByIndex(GetDefaultNodeAttributeIndex());
 }
 
-int FbxNode::GetDefaultNodeAttributeIndex() const { return DefaultAttributeIndex().Get<FbxInt>(); }
+int FbxNode::GetDefaultNodeAttributeIndex() const { return DefaultAttributeIndex().Get(); }
 
 bool FbxNode::SetDefaultNodeAttributeIndex(int index, FbxStatus* status) {
     if (index < 0 || index >= GetNodeAttributeCount()) {
@@ -421,7 +421,7 @@ LimitRecord FbxNode::ReadLimits(EProperty active, EProperty minVector, EProperty
 void FbxNode::UpdatePivotsAndLimitsFromProperties() {
     // Rotation order, the nine pivot vectors, the limit-space flag and the
     // quaternion mode, as the properties give them.
-    int order = RotationOrder().Get<FbxInt>();
+    int order = RotationOrder().Get();
     if (order < 0 || order > 6) order = 0;
     static constexpr EProperty kVectorProperties[FbxPivotSet::eVectorCount] = {
         eRotationOffset, eRotationPivot,        ePreRotation,      ePostRotation,    eScalingOffset,
@@ -432,8 +432,8 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
         vectors[i] = vectorOf(GetProperty(kVectorProperties[i]));
         allDefault = allDefault && same3(vectors[i], FbxPivotSet::Default(static_cast<FbxPivotSet::EVector>(i)));
     }
-    bool spaceForLimitOnly = RotationSpaceForLimitOnly().Get<FbxBool>();
-    int quaternionMode = QuaternionInterpolate().Get<FbxInt>();
+    bool spaceForLimitOnly = RotationSpaceForLimitOnly().Get();
+    int quaternionMode = QuaternionInterpolate().Get();
     allDefault = allDefault && !spaceForLimitOnly && quaternionMode == 0;
 
     // A node whose values are all defaults keeps reading the shared empty

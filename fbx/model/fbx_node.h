@@ -14,28 +14,83 @@ class FbxSkeleton;
 class FbxStatus;
 class FbxSurfaceMaterial;
 
-// The node properties in the order of their creation: (enum name, accessor
-// name). Each gets an EProperty value e<Name> and an accessor <Name>().
-#define KIVA_FBX_NODE_PROPERTIES(X)                                               \
-    X(QuaternionInterpolate) X(RotationOffset) X(RotationPivot) X(ScalingOffset)  \
-    X(ScalingPivot) X(TranslationActive) X(TranslationMin) X(TranslationMax)      \
-    X(TranslationMinX) X(TranslationMinY) X(TranslationMinZ) X(TranslationMaxX)   \
-    X(TranslationMaxY) X(TranslationMaxZ) X(RotationOrder)                        \
-    X(RotationSpaceForLimitOnly) X(RotationStiffnessX) X(RotationStiffnessY)      \
-    X(RotationStiffnessZ) X(AxisLen) X(PreRotation) X(PostRotation)               \
-    X(RotationActive) X(RotationMin) X(RotationMax) X(RotationMinX)               \
-    X(RotationMinY) X(RotationMinZ) X(RotationMaxX) X(RotationMaxY)               \
-    X(RotationMaxZ) X(InheritType) X(ScalingActive) X(ScalingMin) X(ScalingMax)   \
-    X(ScalingMinX) X(ScalingMinY) X(ScalingMinZ) X(ScalingMaxX) X(ScalingMaxY)    \
-    X(ScalingMaxZ) X(GeometricTranslation) X(GeometricRotation)                   \
-    X(GeometricScaling) X(MinDampRangeX) X(MinDampRangeY) X(MinDampRangeZ)        \
-    X(MaxDampRangeX) X(MaxDampRangeY) X(MaxDampRangeZ) X(MinDampStrengthX)        \
-    X(MinDampStrengthY) X(MinDampStrengthZ) X(MaxDampStrengthX)                   \
-    X(MaxDampStrengthY) X(MaxDampStrengthZ) X(PreferedAngleX) X(PreferedAngleY)   \
-    X(PreferedAngleZ) X(LookAtProperty) X(UpVectorProperty) X(Show)               \
-    X(NegativePercentShapeSupport) X(DefaultAttributeIndex) X(Freeze) X(LODBox)   \
-    X(LclTranslation) X(LclRotation) X(LclScaling) X(Visibility)                  \
-    X(VisibilityInheritance)
+// The node properties in the order of their creation, each by the name of
+// its EProperty value e<Name> and of its accessor <Name>(), and the value
+// type of the accessor's handle. "Lcl Translation" is LclTranslation,
+// "Visibility Inheritance" VisibilityInheritance; the others are named as
+// the property. Enums are read and written as FbxEnum.
+#define KIVA_FBX_NODE_PROPERTIES(X) \
+    X(QuaternionInterpolate, FbxEnum) \
+    X(RotationOffset, FbxDouble3) \
+    X(RotationPivot, FbxDouble3) \
+    X(ScalingOffset, FbxDouble3) \
+    X(ScalingPivot, FbxDouble3) \
+    X(TranslationActive, FbxBool) \
+    X(TranslationMin, FbxDouble3) \
+    X(TranslationMax, FbxDouble3) \
+    X(TranslationMinX, FbxBool) \
+    X(TranslationMinY, FbxBool) \
+    X(TranslationMinZ, FbxBool) \
+    X(TranslationMaxX, FbxBool) \
+    X(TranslationMaxY, FbxBool) \
+    X(TranslationMaxZ, FbxBool) \
+    X(RotationOrder, FbxEnum) \
+    X(RotationSpaceForLimitOnly, FbxBool) \
+    X(RotationStiffnessX, FbxDouble) \
+    X(RotationStiffnessY, FbxDouble) \
+    X(RotationStiffnessZ, FbxDouble) \
+    X(AxisLen, FbxDouble) \
+    X(PreRotation, FbxDouble3) \
+    X(PostRotation, FbxDouble3) \
+    X(RotationActive, FbxBool) \
+    X(RotationMin, FbxDouble3) \
+    X(RotationMax, FbxDouble3) \
+    X(RotationMinX, FbxBool) \
+    X(RotationMinY, FbxBool) \
+    X(RotationMinZ, FbxBool) \
+    X(RotationMaxX, FbxBool) \
+    X(RotationMaxY, FbxBool) \
+    X(RotationMaxZ, FbxBool) \
+    X(InheritType, FbxEnum) \
+    X(ScalingActive, FbxBool) \
+    X(ScalingMin, FbxDouble3) \
+    X(ScalingMax, FbxDouble3) \
+    X(ScalingMinX, FbxBool) \
+    X(ScalingMinY, FbxBool) \
+    X(ScalingMinZ, FbxBool) \
+    X(ScalingMaxX, FbxBool) \
+    X(ScalingMaxY, FbxBool) \
+    X(ScalingMaxZ, FbxBool) \
+    X(GeometricTranslation, FbxDouble3) \
+    X(GeometricRotation, FbxDouble3) \
+    X(GeometricScaling, FbxDouble3) \
+    X(MinDampRangeX, FbxDouble) \
+    X(MinDampRangeY, FbxDouble) \
+    X(MinDampRangeZ, FbxDouble) \
+    X(MaxDampRangeX, FbxDouble) \
+    X(MaxDampRangeY, FbxDouble) \
+    X(MaxDampRangeZ, FbxDouble) \
+    X(MinDampStrengthX, FbxDouble) \
+    X(MinDampStrengthY, FbxDouble) \
+    X(MinDampStrengthZ, FbxDouble) \
+    X(MaxDampStrengthX, FbxDouble) \
+    X(MaxDampStrengthY, FbxDouble) \
+    X(MaxDampStrengthZ, FbxDouble) \
+    X(PreferedAngleX, FbxDouble) \
+    X(PreferedAngleY, FbxDouble) \
+    X(PreferedAngleZ, FbxDouble) \
+    X(LookAtProperty, FbxReference) \
+    X(UpVectorProperty, FbxReference) \
+    X(Show, FbxBool) \
+    X(NegativePercentShapeSupport, FbxBool) \
+    X(DefaultAttributeIndex, FbxInt) \
+    X(Freeze, FbxBool) \
+    X(LODBox, FbxBool) \
+    X(LclTranslation, FbxDouble3) \
+    X(LclRotation, FbxDouble3) \
+    X(LclScaling, FbxDouble3) \
+    X(Visibility, FbxDouble) \
+    X(VisibilityInheritance, FbxBool)
 
 // An element of the scene tree with its transform. Nothing here holds a
 // tree of its own: children, attributes and materials are the node's
@@ -50,7 +105,7 @@ class FbxNode : public FbxObject {
     KIVA_FBX_OBJECT_DECLARE(FbxNode, FbxObject)
 
 public:
-#define KIVA_FBX_NODE_ENUM(Name) e##Name,
+#define KIVA_FBX_NODE_ENUM(Name, Type) e##Name,
     enum EProperty { KIVA_FBX_NODE_PROPERTIES(KIVA_FBX_NODE_ENUM) ePropertyCount };
 #undef KIVA_FBX_NODE_ENUM
 
@@ -66,8 +121,8 @@ public:
     // The property of a row of the list above; invalid for a value out of
     // range.
     FbxProperty GetProperty(EProperty which) const;
-#define KIVA_FBX_NODE_ACCESSOR(Name) \
-    FbxProperty Name() const { return FbxProperty(GetPropertyPage(), sIds[e##Name]); }
+#define KIVA_FBX_NODE_ACCESSOR(Name, Type) \
+    FbxPropertyT<Type> Name() const { return FbxProperty(GetPropertyPage(), sIds[e##Name]); }
     KIVA_FBX_NODE_PROPERTIES(KIVA_FBX_NODE_ACCESSOR)
 #undef KIVA_FBX_NODE_ACCESSOR
 
@@ -213,3 +268,5 @@ private:
     FbxVector4 upTargetRotation_;
     bool oldVersion_ = false;
 };
+
+#undef KIVA_FBX_NODE_PROPERTIES

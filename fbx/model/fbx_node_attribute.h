@@ -47,7 +47,7 @@ public:
     virtual std::vector<FbxString> GetTypeFlags() const { return {}; }
 
     // "Color" (colour, default black).
-    FbxProperty Color() const { return FbxProperty(GetPropertyPage(), sColor); }
+    FbxPropertyT<FbxDouble3> Color() const { return FbxProperty(GetPropertyPage(), sColor); }
 
     // The nodes that hold this attribute, in connection order.
     int GetNodeCount() const;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "fbx/model/fbx_manager.h"
-#include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_null.h"
 #include "fbx/model/fbx_skeleton.h"
 
@@ -26,14 +25,14 @@ TEST_F(FbxNodeAttributeTest, SkeletonsHaveTheirOwnColourDefaultEvenWhenMadeFirst
     FbxSkeleton* skeleton = FbxSkeleton::Create(manager, "bone");
     FbxNull* null = FbxNull::Create(manager, "null");
     FbxNodeAttribute* plain = FbxNodeAttribute::Create(manager, "plain");
-    EXPECT_EQ(skeleton->Color().Get<FbxDouble3>(), FbxDouble3(0.8, 0.8, 0.8));
-    EXPECT_EQ(null->Color().Get<FbxDouble3>(), FbxDouble3(0, 0, 0));
-    EXPECT_EQ(plain->Color().Get<FbxDouble3>(), FbxDouble3(0, 0, 0));
-    EXPECT_EQ(skeleton->Size().Get<FbxDouble>(), 100.0);
-    EXPECT_EQ(skeleton->LimbLength().Get<FbxDouble>(), 1.0);
+    EXPECT_EQ(skeleton->Color().Get(), FbxDouble3(0.8, 0.8, 0.8));
+    EXPECT_EQ(null->Color().Get(), FbxDouble3(0, 0, 0));
+    EXPECT_EQ(plain->Color().Get(), FbxDouble3(0, 0, 0));
+    EXPECT_EQ(skeleton->Size().Get(), 100.0);
+    EXPECT_EQ(skeleton->LimbLength().Get(), 1.0);
 
     skeleton->SetLimbNodeColor(FbxDouble3(1, 0, 0));
-    EXPECT_EQ(skeleton->Color().Get<FbxDouble3>(), FbxDouble3(1, 0, 0));
+    EXPECT_EQ(skeleton->Color().Get(), FbxDouble3(1, 0, 0));
     EXPECT_EQ(FbxSkeleton::Create(manager, "other")->GetLimbNodeColor(), FbxDouble3(0.8, 0.8, 0.8));
 }
 
@@ -57,29 +56,13 @@ TEST_F(FbxNodeAttributeTest, SkeletonTypesNameThemselves) {
 
 TEST_F(FbxNodeAttributeTest, NullsHaveSizeAndLook) {
     FbxNull* null = FbxNull::Create(manager, "null");
-    EXPECT_EQ(null->Size().Get<FbxDouble>(), 100.0);
-    EXPECT_EQ(null->Look().Get<FbxInt>(), FbxNull::eCross);
+    EXPECT_EQ(null->Size().Get(), 100.0);
+    EXPECT_EQ(null->Look().Get(), FbxNull::eCross);
     EXPECT_EQ(null->Look().GetEnumCount(), 2);
     EXPECT_STREQ(null->Look().GetEnumValue(0), "None");
     std::vector<std::string> names;
     for (FbxProperty p = null->GetFirstProperty(); p.IsValid(); p = null->GetNextProperty(p)) names.push_back(p.GetName());
     EXPECT_EQ(names, (std::vector<std::string>{"Color", "Size", "Look"}));
-}
-
-TEST_F(FbxNodeAttributeTest, AttributesKnowTheNodesThatHoldThem) {
-    FbxNull* shared = FbxNull::Create(manager, "shared");
-    FbxNode* a = FbxNode::Create(manager, "a");
-    FbxNode* b = FbxNode::Create(manager, "b");
-    EXPECT_EQ(shared->GetNodeCount(), 0);
-    EXPECT_EQ(shared->GetNode(), nullptr);
-    a->AddNodeAttribute(shared);
-    b->AddNodeAttribute(shared);
-    EXPECT_EQ(shared->GetNodeCount(), 2);
-    EXPECT_EQ(shared->GetNode(1), b);
-    // Destroying one holder leaves the shared attribute to the other.
-    a->Destroy();
-    EXPECT_EQ(shared->GetNodeCount(), 1);
-    EXPECT_EQ(b->GetNodeAttribute(), shared);
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ public:
     std::vector<FbxString> GetTypeFlags() const override { return {"Null"}; }
 
     // "Size" (double, 100.0) and "Look" (enum "None", "Cross", default 1).
-    FbxProperty Size() const { return FbxProperty(GetPropertyPage(), sSize); }
-    FbxProperty Look() const { return FbxProperty(GetPropertyPage(), sLook); }
+    FbxPropertyT<FbxDouble> Size() const { return FbxProperty(GetPropertyPage(), sSize); }
+    FbxPropertyT<FbxEnum> Look() const { return FbxProperty(GetPropertyPage(), sLook); }
 
 protected:
     void ConstructProperties(bool forceSet) override;

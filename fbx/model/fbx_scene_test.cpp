@@ -58,27 +58,27 @@ TEST_F(FbxSceneTest, GlobalSettingsHoldTheirPropertiesInOrderWithDefaults) {
         "TimeSpanStart",   "TimeSpanStop",      "CustomFrameRate", "TimeMarker",           "CurrentTimeMarker"};
     EXPECT_EQ(propertyNames(settings), expected);
 
-    EXPECT_EQ(settings->UpAxis().Get<FbxInt>(), 1);
-    EXPECT_EQ(settings->FrontAxis().Get<FbxInt>(), 2);
-    EXPECT_EQ(settings->CoordAxis().Get<FbxInt>(), 0);
-    EXPECT_EQ(settings->CoordAxisSign().Get<FbxInt>(), 1);
-    EXPECT_EQ(settings->OriginalUpAxis().Get<FbxInt>(), -1);
-    EXPECT_EQ(settings->UnitScaleFactor().Get<FbxDouble>(), 1.0);
-    EXPECT_EQ(settings->AmbientColor().Get<FbxDouble3>(), FbxDouble3(0, 0, 0));
+    EXPECT_EQ(settings->UpAxis().Get(), 1);
+    EXPECT_EQ(settings->FrontAxis().Get(), 2);
+    EXPECT_EQ(settings->CoordAxis().Get(), 0);
+    EXPECT_EQ(settings->CoordAxisSign().Get(), 1);
+    EXPECT_EQ(settings->OriginalUpAxis().Get(), -1);
+    EXPECT_EQ(settings->UnitScaleFactor().Get(), 1.0);
+    EXPECT_EQ(settings->AmbientColor().Get(), FbxDouble3(0, 0, 0));
     EXPECT_EQ(settings->AmbientColor().GetPropertyDataType(), FbxColor3DT);
-    EXPECT_EQ(settings->DefaultCamera().Get<FbxString>(), "Producer Perspective");
-    EXPECT_EQ(settings->TimeMode().Get<FbxInt>(), 0);
+    EXPECT_EQ(settings->DefaultCamera().Get(), "Producer Perspective");
+    EXPECT_EQ(settings->TimeMode().Get(), 0);
     EXPECT_EQ(settings->TimeMode().GetEnumCount(), 19);
     EXPECT_STREQ(settings->TimeMode().GetEnumValue(7), "Frames30_DROP");
     EXPECT_STREQ(settings->TimeMode().GetEnumValue(18), "TimeModeCount");
-    EXPECT_EQ(settings->TimeProtocol().Get<FbxInt>(), 2);
+    EXPECT_EQ(settings->TimeProtocol().Get(), 2);
     EXPECT_STREQ(settings->TimeProtocol().GetEnumValue(2), "DefaultProtocol");
     EXPECT_STREQ(settings->SnapOnFrameMode().GetEnumValue(3), "SnapAndPlayOnFrame");
-    EXPECT_EQ(settings->TimeSpanStart().Get<FbxTime>(), FbxTime(0));
-    EXPECT_EQ(settings->TimeSpanStop().Get<FbxTime>(), FbxTime(46186158000LL));
-    EXPECT_EQ(settings->CustomFrameRate().Get<FbxDouble>(), -1.0);
+    EXPECT_EQ(settings->TimeSpanStart().Get(), FbxTime(0));
+    EXPECT_EQ(settings->TimeSpanStop().Get(), FbxTime(46186158000LL));
+    EXPECT_EQ(settings->CustomFrameRate().Get(), -1.0);
     EXPECT_EQ(settings->TimeMarker().GetPropertyDataType().GetType(), eFbxUndefined);
-    EXPECT_EQ(settings->CurrentTimeMarker().Get<FbxInt>(), -1);
+    EXPECT_EQ(settings->CurrentTimeMarker().Get(), -1);
 }
 
 TEST_F(FbxSceneTest, ClearKeepsTheRootNodeAndRenewsEverythingElse) {
@@ -102,9 +102,9 @@ TEST_F(FbxSceneTest, ClearKeepsTheRootNodeAndRenewsEverythingElse) {
     EXPECT_EQ(manager->GetObjectCount(), before + 2);
     ASSERT_NE(scene->GetGlobalSettings(), nullptr);
     EXPECT_STREQ(scene->GetGlobalSettings()->GetName(), "GlobalSettings");
-    EXPECT_EQ(scene->GetGlobalSettings()->UpAxis().Get<FbxInt>(), 1);
+    EXPECT_EQ(scene->GetGlobalSettings()->UpAxis().Get(), 1);
     // The root node is the same object, with its own values.
-    EXPECT_EQ(root->LclTranslation().Get<FbxDouble3>(), FbxDouble3(1, 2, 3));
+    EXPECT_EQ(root->LclTranslation().Get(), FbxDouble3(1, 2, 3));
 
     scene->Destroy();
     EXPECT_EQ(manager->GetObjectCount(), before);

@@ -22,9 +22,9 @@ public:
 
     // "Size" (double, 100.0), "LimbLength" (double, 1.0). "Color" defaults
     // to (0.8, 0.8, 0.8) on this class; it is the limb node colour.
-    FbxProperty Size() const { return FbxProperty(GetPropertyPage(), sSize); }
-    FbxProperty LimbLength() const { return FbxProperty(GetPropertyPage(), sLimbLength); }
-    FbxDouble3 GetLimbNodeColor() const { return Color().Get<FbxDouble3>(); }
+    FbxPropertyT<FbxDouble> Size() const { return FbxProperty(GetPropertyPage(), sSize); }
+    FbxPropertyT<FbxDouble> LimbLength() const { return FbxProperty(GetPropertyPage(), sLimbLength); }
+    FbxDouble3 GetLimbNodeColor() const { return Color().Get(); }
     bool SetLimbNodeColor(const FbxDouble3& color) { return Color().Set(color); }
 
     // Takes over the other skeleton's properties and type.
