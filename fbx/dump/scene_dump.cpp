@@ -117,9 +117,9 @@ DumpValue dumpNode(const FbxNode& node, std::vector<const FbxNode*>& path) {
     for (int i = 0; i < node.GetNodeAttributeCount(); ++i)
         if (FbxNodeAttribute* attribute = node.GetNodeAttributeByIndex(i))
             attributes.push(attribute->GetClassId().GetName());
-    value.add("translation", vector3(node.LclTranslation().Get<FbxDouble3>()));
-    value.add("rotation", vector3(node.LclRotation().Get<FbxDouble3>()));
-    value.add("scaling", vector3(node.LclScaling().Get<FbxDouble3>()));
+    value.add("translation", vector3(node.LclTranslation().Get()));
+    value.add("rotation", vector3(node.LclRotation().Get()));
+    value.add("scaling", vector3(node.LclScaling().Get()));
     if (node.GetMaterialCount() > 0) {
         DumpValue& materials = value.add("materials", DumpValue::array());
         for (int i = 0; i < node.GetMaterialCount(); ++i)

@@ -388,7 +388,7 @@ void Fbx7DocumentReader::PostProcessScene() {
             FbxNode* child = node->GetChild(i);
             if (!child || child == root) continue;
             if (child->IsOldVersion() && hasSkeleton(child) && !hasSkeleton(node) &&
-                child->InheritType().Get<FbxInt>() == FbxNode::eInheritRrs)
+                child->InheritType().Get() == FbxNode::eInheritRrs)
                 child->InheritType().Set(FbxInt(FbxNode::eInheritRSrs));
             if (child->GetParent() == node) pending.push_back(child);
         }

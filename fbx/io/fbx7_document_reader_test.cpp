@@ -163,25 +163,25 @@ TEST_F(DocumentReader, BlenderEmptiesKeepTheirHierarchyTransformsAndUserProperti
     }
     // Child transforms are Blender's local values.
     FbxNode* bottom = Node("Bottom");
-    FbxDouble3 t = bottom->LclTranslation().Get<FbxDouble3>();
-    FbxDouble3 r = bottom->LclRotation().Get<FbxDouble3>();
-    FbxDouble3 s = bottom->LclScaling().Get<FbxDouble3>();
+    FbxDouble3 t = bottom->LclTranslation().Get();
+    FbxDouble3 r = bottom->LclRotation().Get();
+    FbxDouble3 s = bottom->LclScaling().Get();
     EXPECT_NEAR(t[0], 0.5, 1e-5);
     EXPECT_NEAR(t[2], -1.0, 1e-5);
     EXPECT_NEAR(r[1], 30.0, 1e-5);
     EXPECT_NEAR(s[1], 0.5, 1e-5);
     EXPECT_NEAR(s[2], 3.0, 1e-5);
-    EXPECT_NEAR(Node("Middle")->LclRotation().Get<FbxDouble3>()[0], 45.0, 1e-5);
+    EXPECT_NEAR(Node("Middle")->LclRotation().Get()[0], 45.0, 1e-5);
     EXPECT_EQ(bottom->FindProperty("kiva_tag").Get<FbxString>(), "leaf node");
     EXPECT_DOUBLE_EQ(bottom->FindProperty("kiva_weight").Get<FbxDouble>(), 2.5);
     EXPECT_EQ(bottom->FindProperty("kiva_count").Get<FbxInt>(), 7);
 
     FbxGlobalSettings* global = scene->GetGlobalSettings();
     ASSERT_NE(global, nullptr);
-    EXPECT_EQ(global->UpAxis().Get<FbxInt>(), 1);
-    EXPECT_DOUBLE_EQ(global->UnitScaleFactor().Get<FbxDouble>(), 1.0);
-    EXPECT_DOUBLE_EQ(global->CustomFrameRate().Get<FbxDouble>(), 24.0);
-    EXPECT_EQ(global->TimeMode().Get<FbxInt>(), 11);
+    EXPECT_EQ(global->UpAxis().Get(), 1);
+    EXPECT_DOUBLE_EQ(global->UnitScaleFactor().Get(), 1.0);
+    EXPECT_DOUBLE_EQ(global->CustomFrameRate().Get(), 24.0);
+    EXPECT_EQ(global->TimeMode().Get(), 11);
 }
 
 TEST_F(DocumentReader, BlenderMaterialsStandOnTheirNodesInConnectionOrder) {
@@ -451,23 +451,23 @@ TEST_F(DocumentReader, ModelAndAttributeRecordsReadTheirOwnFields) {
     EXPECT_EQ(fresh->GetShadingMode(), FbxNode::eHardShading);
     EXPECT_EQ(old->GetCullingType(), FbxNode::eCullingOnCW);
     EXPECT_DOUBLE_EQ(old->GetPostTargetRotation()[2], 3.0);
-    EXPECT_DOUBLE_EQ(old->LclTranslation().Get<FbxDouble3>()[1], 5.0);
+    EXPECT_DOUBLE_EQ(old->LclTranslation().Get()[1], 5.0);
     // An old bone under a node without a skeleton inherits as type 1.
-    EXPECT_EQ(old->InheritType().Get<FbxInt>(), FbxNode::eInheritRSrs);
+    EXPECT_EQ(old->InheritType().Get(), FbxNode::eInheritRSrs);
 
     FbxSkeleton* bone = old->GetSkeleton();
     ASSERT_NE(bone, nullptr);
     EXPECT_EQ(bone->GetSkeletonType(), FbxSkeleton::eLimbNode);
-    EXPECT_DOUBLE_EQ(bone->Size().Get<FbxDouble>(), 25.0);
+    EXPECT_DOUBLE_EQ(bone->Size().Get(), 25.0);
     auto* limb = static_cast<FbxSkeleton*>(scene->FindSrcObject(FbxCriteria(), "Limb"));
     ASSERT_NE(FbxCast<FbxSkeleton>(limb), nullptr);
     EXPECT_EQ(limb->GetSkeletonType(), FbxSkeleton::eLimb);
-    EXPECT_DOUBLE_EQ(limb->LimbLength().Get<FbxDouble>(), 3.5);
-    EXPECT_DOUBLE_EQ(limb->Size().Get<FbxDouble>(), 7.0);
+    EXPECT_DOUBLE_EQ(limb->LimbLength().Get(), 3.5);
+    EXPECT_DOUBLE_EQ(limb->Size().Get(), 7.0);
     EXPECT_DOUBLE_EQ(limb->GetLimbNodeColor()[1], 0.2);
     auto* place = FbxCast<FbxNull>(scene->FindSrcObject(FbxCriteria(), "Place"));
     ASSERT_NE(place, nullptr);
-    EXPECT_DOUBLE_EQ(place->Size().Get<FbxDouble>(), 42.0);
+    EXPECT_DOUBLE_EQ(place->Size().Get(), 42.0);
 
     // A kind only the file knows survives as an object of a class made for it.
     FbxObject* odd = scene->FindSrcObject(FbxCriteria(), "Odd");
@@ -498,8 +498,8 @@ TEST_F(DocumentReader, TemplatesGiveDefaultsThatTheObjectsOwnValuesOverride) {
     b.End();
     b.End();
     ASSERT_TRUE(Import(b.Finish())) << Message();
-    EXPECT_DOUBLE_EQ(Node("Plain")->LclScaling().Get<FbxDouble3>()[0], 2.0);
-    EXPECT_DOUBLE_EQ(Node("Own")->LclScaling().Get<FbxDouble3>()[0], 3.0);
+    EXPECT_DOUBLE_EQ(Node("Plain")->LclScaling().Get()[0], 2.0);
+    EXPECT_DOUBLE_EQ(Node("Own")->LclScaling().Get()[0], 3.0);
 }
 
 // --- Bad input -------------------------------------------------------------------
