@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 #include "fbx/io/fbx_field_stream.h"
 #include "fbx/io/fbx_importer.h"
@@ -375,23 +376,37 @@ void Fbx7DocumentReader::ReadEmbedding() {
 
 void Fbx7DocumentReader::PostProcessScene() {
     // Skeleton nodes of old model records inherited scaling differently
-    // when their parent was no bone.
+    // when their parent was no bone. Only nodes of the tree count; the
+    // fix needs nothing but the node and its parent, so the nodes are
+    // taken from the list of old records rather than by a walk of the
+    // whole tree.
     FbxNode* root = scene_->GetRootNode();
     if (!root) return;
-    // Each node is visited under its first parent only, so that a node
-    // under two parents is seen once and the walk always ends.
-    std::vector<FbxNode*> pending{root};
-    while (!pending.empty()) {
-        FbxNode* node = pending.back();
-        pending.pop_back();
-        for (int i = 0; i < node->GetChildCount(); ++i) {
-            FbxNode* child = node->GetChild(i);
-            if (!child || child == root) continue;
-            if (child->IsOldVersion() && hasSkeleton(child) && !hasSkeleton(node) &&
-                child->InheritType().Get() == FbxNode::eInheritRrs)
-                child->InheritType().Set(FbxInt(FbxNode::eInheritRSrs));
-            if (child->GetParent() == node) pending.push_back(child);
+    // Whether a node hangs under the root through first parents, remembered
+    // for every node on the way so that each is looked at once. A cycle of
+    // first parents is not in the tree.
+    std::map<const FbxNode*, bool> inTree{{root, true}};
+    auto underRoot = [&](FbxNode* node) {
+        std::vector<const FbxNode*> path;
+        std::set<const FbxNode*> onPath;
+        bool result = false;
+        for (const FbxNode* at = node; at; at = at->GetParent()) {
+            auto known = inTree.find(at);
+            if (known != inTree.end()) {
+                result = known->second;
+                break;
+            }
+            if (!onPath.insert(at).second) break;
+            path.push_back(at);
         }
+        for (const FbxNode* at : path) inTree[at] = result;
+        return result;
+    };
+    for (FbxNode* node : nodes_) {
+        if (!node->IsOldVersion() || !hasSkeleton(node)) continue;
+        FbxNode* parent = node->GetParent();
+        if (!parent || hasSkeleton(parent) || node->InheritType().Get() != FbxNode::eInheritRrs) continue;
+        if (underRoot(parent)) node->InheritType().Set(FbxNode::eInheritRSrs);
     }
 }
 
