@@ -31,10 +31,22 @@ std::string formatDouble(double value) {
 
 namespace {
 
+// Length of the valid UTF-8 sequence at `i` (2 to 4 bytes), 0 when there
+// is none.
+size_t utf8Length(const std::string& text, size_t i) {
+    unsigned char c = static_cast<unsigned char>(text[i]);
+    size_t length = c >= 0xF0 && c <= 0xF4 ? 4 : c >= 0xE0 ? 3 : c >= 0xC2 && c < 0xE0 ? 2 : 0;
+    if (length == 0 || i + length > text.size()) return 0;
+    for (size_t k = 1; k < length; ++k)
+        if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80) return 0;
+    return length;
+}
+
 void writeQuoted(const std::string& text, std::ostream& out) {
     static const char* hex = "0123456789abcdef";
     out << '"';
-    for (unsigned char c : text) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        unsigned char c = static_cast<unsigned char>(text[i]);
         switch (c) {
             case '"': out << "\\\""; break;
             case '\\': out << "\\\\"; break;
@@ -42,12 +54,16 @@ void writeQuoted(const std::string& text, std::ostream& out) {
             case '\r': out << "\\r"; break;
             case '\t': out << "\\t"; break;
             default:
-                // Control bytes and bytes above ASCII are escaped, so that
-                // the output is valid UTF-8 whatever the file held.
-                if (c < 0x20 || c >= 0x7F)
-                    out << "\\u00" << hex[c >> 4] << hex[c & 15];
-                else
+                if (c >= 0x20 && c < 0x7F) {
                     out << static_cast<char>(c);
+                } else if (size_t length = c >= 0x80 ? utf8Length(text, i) : 0) {
+                    out.write(text.data() + i, static_cast<std::streamsize>(length));
+                    i += length - 1;
+                } else {
+                    // Control bytes and bytes that are no UTF-8 are escaped,
+                    // so that the output is valid UTF-8 whatever the file held.
+                    out << "\\u00" << hex[c >> 4] << hex[c & 15];
+                }
         }
     }
     out << '"';

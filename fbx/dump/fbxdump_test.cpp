@@ -186,16 +186,16 @@ TEST(DumpValue, NumbersAndStringsAreWrittenExactlyAndSafely) {
     EXPECT_EQ(formatDouble(-0.0), "0");
     EXPECT_EQ(formatDouble(1e300), "1e+300");
     DumpValue value = DumpValue::object();
-    value.add("text", std::string("a\"b\\c\n\x01\xC3\xA9", 9));
+    value.add("text", std::string("a\"b\\c\n\x01\xC3\xA9\xFF", 10));
     value.add("nan", std::nan(""));
     value.add("empty", DumpValue::array());
     std::ostringstream json;
     writeJson(value, json);
     EXPECT_EQ(json.str(),
-              "{\n  \"text\": \"a\\\"b\\\\c\\n\\u0001\\u00c3\\u00a9\",\n  \"nan\": \"nan\",\n  \"empty\": []\n}\n");
+              "{\n  \"text\": \"a\\\"b\\\\c\\n\\u0001\xC3\xA9\\u00ff\",\n  \"nan\": \"nan\",\n  \"empty\": []\n}\n");
     std::ostringstream text;
     writeText(value, text);
-    EXPECT_EQ(text.str(), "text: \"a\\\"b\\\\c\\n\\u0001\\u00c3\\u00a9\"\nnan: nan\nempty: []\n");
+    EXPECT_EQ(text.str(), "text: \"a\\\"b\\\\c\\n\\u0001\xC3\xA9\\u00ff\"\nnan: nan\nempty: []\n");
 }
 
 }  // namespace

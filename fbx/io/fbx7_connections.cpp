@@ -4,6 +4,8 @@
 // order of children, attributes and materials.
 
 #include <cstring>
+#include <set>
+#include <vector>
 
 #include "fbx/io/fbx7_document_reader.h"
 #include "fbx/io/fbx_field_stream.h"
@@ -36,6 +38,25 @@ bool allowsSecondLink(const FbxObject* source, const FbxObject* destination) {
            (destination->Is<FbxNode>() && source->Is<FbxSurfaceMaterial>());
 }
 
+// Whether `node` stands above `start` through any of the parents: making
+// `node` a child of `start` would then close a cycle, which every walk of
+// the tree would follow without end.
+bool isAncestor(const FbxNode* node, const FbxNode* start) {
+    std::vector<const FbxNode*> pending{start};
+    std::set<const FbxNode*> seen{start};  // lookup only
+    while (!pending.empty()) {
+        const FbxNode* at = pending.back();
+        pending.pop_back();
+        if (at == node) return true;
+        int count = at->GetDstObjectCount<FbxNode>();
+        for (int i = 0; i < count; ++i) {
+            const FbxNode* parent = at->GetDstObject<FbxNode>(i);
+            if (parent && seen.insert(parent).second) pending.push_back(parent);
+        }
+    }
+    return false;
+}
+
 FbxProperty findProperty(FbxObject* object, const FbxString& name) {
     return object ? object->FindProperty(name.c_str(), true) : FbxProperty();
 }
@@ -65,6 +86,9 @@ void Fbx7DocumentReader::ReadConnections() {
                 FbxObject* source = ResolveId(s.NextLong());
                 FbxObject* destination = ResolveId(s.NextLong());
                 if (!source || !destination || source == destination) break;
+                const FbxNode* child = FbxCast<FbxNode>(source);
+                const FbxNode* parent = FbxCast<FbxNode>(destination);
+                if (child && parent && isAncestor(child, parent)) break;
                 if (!source->IsConnectedDstObject(destination) || allowsSecondLink(source, destination))
                     destination->ConnectSrcObject(source);
                 break;

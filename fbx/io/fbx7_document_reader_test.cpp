@@ -534,6 +534,34 @@ TEST_F(DocumentReader, DuplicateIdsGarbageAndUncreatableClassesAreSkipped) {
     EXPECT_EQ(Node("Last")->GetMaterialCount(), 1);
 }
 
+TEST_F(DocumentReader, ConnectionsThatWouldCloseACycleOfNodesAreDropped) {
+    Bytes bytes = sceneFile(
+        {"Model"},
+        [](FbxBinaryBuilder& b) {
+            leaf(b, "Model", 10, "A", "Null");
+            leaf(b, "Model", 11, "B", "Null");
+            leaf(b, "Model", 12, "C", "Null");
+            leaf(b, "Model", 13, "D", "Null");
+        },
+        [](FbxBinaryBuilder& b) {
+            connect(b, "OO", 10, 0);
+            connect(b, "OO", 11, 10);
+            connect(b, "OO", 12, 0);
+            connect(b, "OO", 13, 11);
+            connect(b, "OO", 13, 12);  // a second parent is fine
+            connect(b, "OO", 10, 13);  // A under its own grandchild
+            connect(b, "OO", 12, 13);  // C under D, whose second parent is C
+            connect(b, "OO", 0, 11);   // the root under a node
+            connect(b, "OO", 11, 11);
+        });
+    ASSERT_TRUE(Import(bytes)) << Message();
+    EXPECT_EQ(ChildNames(scene->GetRootNode()), (std::vector<std::string>{"A", "C"}));
+    EXPECT_EQ(ChildNames(Node("D")), std::vector<std::string>{});
+    EXPECT_EQ(Node("D")->GetDstObjectCount<FbxNode>(), 2);
+    EXPECT_EQ(Node("B")->GetChildCount(), 1);
+    EXPECT_EQ(scene->GetRootNode()->GetParent(), nullptr);
+}
+
 TEST_F(DocumentReader, TruncatedAndDamagedFilesFailOrGiveAPartialDocumentAndNeverCrash) {
     std::ifstream in(std::string(KIVA_SOURCE_DIR) + "/testdata/fbx/blender/skinned_armature.fbx", std::ios::binary);
     Bytes whole((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
