@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <set>
 
 #include "fbx/io/fbx_field_stream.h"
@@ -340,10 +341,8 @@ void Fbx7DocumentReader::ReadEmbedding() {
             FbxString target = FbxJoinPath(folder.c_str(), base.c_str());
             bool written = false;
             if (!base.empty() && s.BeginField("Content")) {
-                int size = 0;
-                const void* data = s.NextBlob(size);
                 std::ofstream out(target, std::ios::binary | std::ios::trunc);
-                if (out && (size == 0 || out.write(static_cast<const char*>(data), size))) written = true;
+                written = out && WriteContent(out);
                 out.close();
                 if (!written || !out) {
                     written = false;
@@ -372,6 +371,38 @@ void Fbx7DocumentReader::ReadEmbedding() {
     }
     s.LeaveBlock();
     s.EndField();
+}
+
+bool Fbx7DocumentReader::WriteContent(std::ostream& out) {
+    FbxFieldStream& s = *stream_;
+    int size = 0;
+    if (s.NextValueType() == 'R') {
+        const void* data = s.NextBlob(size);
+        return size == 0 || static_cast<bool>(out.write(static_cast<const char*>(data), size));
+    }
+    // The chunked form: the total size, then "BinaryData" fields of chunks
+    // until the size is reached. Missing bytes fail the file.
+    int64_t missing = s.NextInt();
+    if (missing < 0) return false;
+    if (missing > 0 && !s.HasBlock()) return false;
+    if (missing == 0) return true;
+    s.EnterBlock();
+    while (missing > 0 && s.BeginField("BinaryData")) {
+        while (missing > 0 && s.ValuesLeft() > 0) {
+            const void* data = s.NextBlob(size);
+            if (!data || size <= 0) {
+                missing = -1;
+                break;
+            }
+            std::streamsize take = static_cast<std::streamsize>(std::min<int64_t>(size, missing));
+            if (!out.write(static_cast<const char*>(data), take)) missing = -1;
+            if (missing > 0) missing -= take;
+        }
+        s.EndField();
+        if (missing < 0) break;
+    }
+    s.LeaveBlock();
+    return missing == 0;
 }
 
 void Fbx7DocumentReader::PostProcessScene() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <map>
 #include <vector>
 
@@ -62,6 +63,9 @@ private:
     bool ReadReferences();
     bool ReadObjects();
     void ReadEmbedding();
+    // Writes the current "Content" field: one blob, or a total size and
+    // chunks. False when bytes are missing or the write fails.
+    bool WriteContent(std::ostream& out);
     void PostProcessScene();
     void StripDocumentPrefixes(FbxDocument* document);
     void StoreMediaFolder();

@@ -630,8 +630,24 @@ TEST_F(DocumentReader, PasswordUnresolvedReferencesAndEmbeddedFiles) {
     b.Begin("Consumer").Long(40).String("FileName").Int(0).End();
     b.End();
     b.End();
+    // Content in chunks, cut to the total size; a chunk short of it leaves
+    // no file.
+    b.Begin("File");
+    b.Begin("Filename").String("chunks.bin").End();
+    b.Begin("Content").Int(5);
+    b.Begin("BinaryData").Raw(Bytes{1, 2, 3}).Raw(Bytes{4, 5, 6}).End();
+    b.End();
+    b.End();
+    b.Begin("File");
+    b.Begin("Filename").String("short.bin").End();
+    b.Begin("Content").Int(9);
+    b.Begin("BinaryData").Raw(Bytes{1, 2}).End();
+    b.End();
+    b.End();
     b.End();
     ASSERT_TRUE(Import(b.Finish(), "media.fbx")) << Message();
+    EXPECT_EQ(fs::file_size(dir / "media.fbm" / "chunks.bin"), 5u);
+    EXPECT_FALSE(fs::exists(dir / "media.fbm" / "short.bin"));
     EXPECT_EQ(Message(), "Unresolved external references");
     fs::path extracted = dir / "media.fbm" / "pic.png";
     EXPECT_EQ(fs::file_size(extracted), 4u);
