@@ -46,13 +46,18 @@ bool wellFormedJson(const std::string& text) {
     for (size_t i = 0; i < text.size(); ++i) {
         char c = text[i];
         if (inString) {
-            if (c == '\\') ++i;
-            else if (c == '"') inString = false;
-            else if (static_cast<unsigned char>(c) < 0x20) return false;
+            if (c == '\\')
+                ++i;
+            else if (c == '"')
+                inString = false;
+            else if (static_cast<unsigned char>(c) < 0x20)
+                return false;
             continue;
         }
-        if (c == '"') inString = true;
-        else if (c == '{' || c == '[') stack.push_back(c);
+        if (c == '"')
+            inString = true;
+        else if (c == '{' || c == '[')
+            stack.push_back(c);
         else if (c == '}' || c == ']') {
             if (stack.empty() || stack.back() != (c == '}' ? '{' : '[')) return false;
             stack.pop_back();

@@ -73,8 +73,7 @@ void collectProperties(const FbxObject& object, DumpValue& properties, DumpValue
         for (int i = 0; i < p.GetSrcPropertyCount(); ++i) {
             FbxProperty source = p.GetSrcProperty(i);
             FbxObject* owner = source.GetFbxObject();
-            if (owner)
-                connections.push(name + " <- " + objectLabel(owner) + " | " + source.GetHierarchicalName());
+            if (owner) connections.push(name + " <- " + objectLabel(owner) + " | " + source.GetHierarchicalName());
         }
         std::vector<FbxProperty> children;
         for (FbxProperty c = p.GetChild(); c.IsValid(); c = c.GetSibling()) children.push_back(c);

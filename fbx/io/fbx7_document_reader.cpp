@@ -52,6 +52,11 @@ FbxObject* Fbx7DocumentReader::FindObject(int64_t id) const {
     return it == idToObject_.end() ? nullptr : it->second;
 }
 
+int64_t Fbx7DocumentReader::FindId(const FbxObject* object) const {
+    auto it = objectToId_.find(object);
+    return it == objectToId_.end() ? -1 : it->second;
+}
+
 bool Fbx7DocumentReader::Read(FbxDocument* document) {
     if (!document) {
         status_.SetCode(FbxStatus::eFailure, "Invalid document handle");
@@ -335,9 +340,8 @@ void Fbx7DocumentReader::ReadEmbedding() {
         }
         if (enterBlock(s)) {
             FbxString fileName = s.NextString("Filename", "");
-            FbxString base = fileName.substr(fileName.find_last_of("/\\") == FbxString::npos
-                                                 ? 0
-                                                 : fileName.find_last_of("/\\") + 1);
+            FbxString base =
+                fileName.substr(fileName.find_last_of("/\\") == FbxString::npos ? 0 : fileName.find_last_of("/\\") + 1);
             FbxString target = FbxJoinPath(folder.c_str(), base.c_str());
             bool written = false;
             if (!base.empty() && s.BeginField("Content")) {

@@ -42,8 +42,10 @@ public:
 
     bool Read(FbxDocument* document);
 
-    // The object that a file id names while a read runs, null when none.
+    // While a read runs: the object that a file id names, null when none;
+    // the id of an object, -1 when it has none.
     FbxObject* FindObject(int64_t id) const;
+    int64_t FindId(const FbxObject* object) const;
 
 private:
     // One entry of "References".

@@ -80,9 +80,7 @@ std::vector<uint8_t> buildScene(int nodes) {
 }
 
 // Peak resident memory since the last reset, in bytes (Linux).
-void resetPeakMemory() {
-    std::ofstream("/proc/self/clear_refs") << "5";
-}
+void resetPeakMemory() { std::ofstream("/proc/self/clear_refs") << "5"; }
 
 double peakMemory() {
     std::ifstream status("/proc/self/status");

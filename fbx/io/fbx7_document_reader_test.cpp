@@ -355,7 +355,15 @@ TEST_F(DocumentReader, PropertyConnectionsNeedBothEndsAndUnknownKindsAreIgnored)
         [](FbxBinaryBuilder& b) {
             object(b, "Model", 10, "Node", "Null");
             b.Begin("Properties70");
-            b.Begin("P").String("Speed").String("double").String("Number").String("AU").Double(1.0).Double(0.0).Double(9.0).End();
+            b.Begin("P")
+                .String("Speed")
+                .String("double")
+                .String("Number")
+                .String("AU")
+                .Double(1.0)
+                .Double(0.0)
+                .Double(9.0)
+                .End();
             b.End();
             b.End();
             object(b, "Material", 30, "Paint", "");
@@ -529,7 +537,7 @@ TEST_F(DocumentReader, DuplicateIdsGarbageAndUncreatableClassesAreSkipped) {
     EXPECT_EQ(ChildNames(scene->GetRootNode()), (std::vector<std::string>{"First", "Last"}));
     ASSERT_NE(Node("Second"), nullptr);  // made and kept, but its id is taken
     EXPECT_EQ(Node("Second")->GetParent(), nullptr);
-    EXPECT_EQ(Count<FbxNode>(), 5);       // root, First, Second, the garbage one, Last
+    EXPECT_EQ(Count<FbxNode>(), 5);          // root, First, Second, the garbage one, Last
     EXPECT_EQ(Count<FbxSurfacePhong>(), 1);  // a material of a known id is skipped
     EXPECT_EQ(Node("Last")->GetMaterialCount(), 1);
 }

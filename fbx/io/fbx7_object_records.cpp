@@ -123,9 +123,8 @@ FbxObject* Fbx7DocumentReader::ReadGeneric(const char* word, const char* subclas
     return object;
 }
 
-void Fbx7DocumentReader::ReadObject(const FbxString& word, int64_t id, const FbxString& name,
-                                    const FbxString& subclass, FbxObject* referenced, FbxDocument* target,
-                                    bool inBlock) {
+void Fbx7DocumentReader::ReadObject(const FbxString& word, int64_t id, const FbxString& name, const FbxString& subclass,
+                                    FbxObject* referenced, FbxDocument* target, bool inBlock) {
     inBlock_ = inBlock;
     const char* n = name.c_str();
     const char* sub = subclass.c_str();
@@ -231,8 +230,8 @@ FbxObject* Fbx7DocumentReader::ReadNodeAttribute(const char* subclass, const cha
         classId = FbxNull::ClassId;
     } else if (sub == "Root" || sub == "Limb" || sub == "LimbNode" || sub == "Effector") {
         classId = FbxSkeleton::ClassId;
-        skeletonType = sub == "Root" ? FbxSkeleton::eRoot
-                       : sub == "Limb" ? FbxSkeleton::eLimb
+        skeletonType = sub == "Root"       ? FbxSkeleton::eRoot
+                       : sub == "Limb"     ? FbxSkeleton::eLimb
                        : sub == "LimbNode" ? FbxSkeleton::eLimbNode
                                            : FbxSkeleton::eEffector;
     } else if (isOneOf(sub, {"Marker", "OpticalMarker", "IKEffector", "FKEffector"})) {
