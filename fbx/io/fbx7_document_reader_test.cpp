@@ -483,6 +483,7 @@ TEST_F(DocumentReader, ModelAndAttributeRecordsReadTheirOwnFields) {
     EXPECT_STREQ(odd->GetClassId().GetFbxFileTypeName(), "NodeAttribute");
     EXPECT_STREQ(odd->GetClassId().GetFbxFileSubTypeName(), "SomethingNew");
     EXPECT_EQ(manager->FindFileClass("NodeAttribute", "SomethingNew"), odd->GetClassId());
+    EXPECT_TRUE(odd->Is<FbxNodeAttribute>());
 }
 
 TEST_F(DocumentReader, TemplatesGiveDefaultsThatTheObjectsOwnValuesOverride) {

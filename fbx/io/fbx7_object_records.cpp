@@ -11,8 +11,10 @@
 #include "fbx/io/fbx_field_stream.h"
 #include "fbx/io/fbx_io_settings.h"
 #include "fbx/io/fbx_reader_fbx7.h"
+#include "fbx/model/fbx_deformer.h"
 #include "fbx/model/fbx_file_texture.h"
 #include "fbx/model/fbx_further_classes.h"
+#include "fbx/model/fbx_geometry.h"
 #include "fbx/model/fbx_global_settings.h"
 #include "fbx/model/fbx_light.h"
 #include "fbx/model/fbx_manager.h"
@@ -103,9 +105,21 @@ FbxClassId Fbx7DocumentReader::GenericClass(const char* word, const char* subcla
     if (classId.IsValid()) return classId;
     // A class that only the file knows: registered with the file's words so
     // that the object keeps its type, and found by them from now on.
+    // Attributes, geometries and deformers keep their kind, so that nodes
+    // and geometries treat them as such.
     FbxString name = FbxString("FbxFileClass:") + word + ":" + subclass;
     classId = manager_.FindClass(name.c_str());
     if (classId.IsValid()) return classId;
+    FbxString kind = word;
+    if (kind == "NodeAttribute")
+        return manager_.RegisterRuntimeClass(name.c_str(), FbxNodeAttribute::ClassId, &FbxNodeAttribute::Allocate,
+                                             word, subclass);
+    if (kind == "Geometry")
+        return manager_.RegisterRuntimeClass(name.c_str(), FbxGeometry::ClassId, &FbxGeometry::Allocate, word,
+                                             subclass);
+    if (kind == "Deformer")
+        return manager_.RegisterRuntimeClass(name.c_str(), FbxDeformer::ClassId, &FbxDeformer::Allocate, word,
+                                             subclass);
     return manager_.RegisterRuntimeClass(name.c_str(), FbxObject::ClassId, &FbxObject::Allocate, word, subclass);
 }
 
