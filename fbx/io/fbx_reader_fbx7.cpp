@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "fbx/io/fbx7_document_reader.h"
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_io_events.h"
 #include "fbx/io/fbx_io_plugin_registry.h"
@@ -370,18 +371,7 @@ void FbxReaderFbx7::ReadTakeInfos() {
 }
 
 bool FbxReaderFbx7::Read(FbxDocument* document) {
-    if (!document) {
-        status_.SetCode(FbxStatus::eFailure, "Invalid document handle");
-        return false;
-    }
-    FbxIOEvents::Emit(&manager_, "FbxEventPreImport", document);
-    if (!stream_ || !stream_->IsOpen()) {
-        status_.SetCode(FbxStatus::eFailure, "File not opened");
-        return false;
-    }
-    if (!OpenSectionZero()) return false;
-    status_.SetCode(FbxStatus::eFailure, "Reading the objects of a document is not available");
-    return false;
+    return Fbx7DocumentReader(*this, progress_).Read(document);
 }
 
 bool FbxReaderFbx7::ReadDefinitions() {

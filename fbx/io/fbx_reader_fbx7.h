@@ -34,8 +34,7 @@ public:
     bool Close() override;
     bool IsOpen() const override;
     bool ReadOptions(bool parseSection) override;
-    // The document passes. Not available yet: checks its input, sends
-    // "FbxEventPreImport" and fails with a status.
+    // The document passes (see Fbx7DocumentReader).
     bool Read(FbxDocument* document) override;
     bool GetAxisInfo(FbxAxisInfo& axis) override;
     bool GetStatistics(FbxStatistics& statistics) override;

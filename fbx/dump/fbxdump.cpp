@@ -1,0 +1,96 @@
+#include "fbx/dump/fbxdump.h"
+
+#include <ostream>
+
+#include "fbx/dump/dump_value.h"
+#include "fbx/dump/field_dump.h"
+#include "fbx/dump/scene_dump.h"
+#include "fbx/io/fbx_field_stream.h"
+#include "fbx/io/fbx_importer.h"
+#include "fbx/io/fbx_io_settings.h"
+#include "fbx/model/fbx_manager.h"
+#include "fbx/model/fbx_scene.h"
+
+namespace {
+
+const char kUsage[] = "usage: fbxdump [--fields] [--json] FILE.fbx\n";
+
+// Destroys the manager, and with it every object, on every way out.
+struct ManagerScope {
+    FbxManager* manager = FbxManager::Create();
+    ~ManagerScope() { manager->Destroy(); }
+};
+
+void write(const DumpValue& value, bool json, std::ostream& out) {
+    if (json)
+        writeJson(value, out);
+    else
+        writeText(value, out);
+}
+
+}  // namespace
+
+int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    bool fields = false, json = false;
+    std::string path;
+    for (const std::string& arg : args) {
+        if (arg == "--fields") {
+            fields = true;
+        } else if (arg == "--json") {
+            json = true;
+        } else if (arg == "--help" || arg == "-h") {
+            out << kUsage;
+            return 0;
+        } else if (!arg.empty() && arg[0] == '-') {
+            err << "fbxdump: unknown option " << arg << '\n' << kUsage;
+            return 1;
+        } else if (path.empty()) {
+            path = arg;
+        } else {
+            err << "fbxdump: one file at a time\n" << kUsage;
+            return 1;
+        }
+    }
+    if (path.empty()) {
+        err << kUsage;
+        return 1;
+    }
+
+    ManagerScope scope;
+    FbxManager* manager = scope.manager;
+    FbxIOSettings* settings = FbxIOSettings::Create(manager, "IOSRoot");
+    manager->SetIOSettings(settings);
+    // A dump leaves no media folder behind.
+    settings->SetBoolProp(FbxIOPath::kExtractEmbeddedData, false);
+    FbxImporter* importer = FbxImporter::Create(manager, "");
+    if (!importer->Initialize(path.c_str(), -1, settings)) {
+        err << path << ": " << importer->GetStatus().GetErrorString() << '\n';
+        return 1;
+    }
+
+    DumpValue dump = dumpHeader(*importer);
+    if (fields) {
+        FbxFieldStream stream;
+        stream.SetFbx7Mode(true);
+        if (!stream.OpenFile(path.c_str())) {
+            err << path << ": " << stream.GetStatus().GetErrorString() << '\n';
+            return 1;
+        }
+        dump.add("fields", dumpFields(stream));
+        write(dump, json, out);
+        return 0;
+    }
+
+    FbxScene* scene = FbxScene::Create(manager, "myScene");
+    bool ok = importer->Import(scene);
+    dump.add("nodes", dumpNodeTree(*scene));
+    dump.add("objects", dumpObjects(*scene));
+    write(dump, json, out);
+    const FbxStatus& status = importer->GetStatus();
+    if (!ok) {
+        err << path << ": " << status.GetErrorString() << '\n';
+        return 1;
+    }
+    if (status.Error()) err << path << ": warning: " << status.GetErrorString() << '\n';
+    return 0;
+}

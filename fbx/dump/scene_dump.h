@@ -1,0 +1,25 @@
+#pragma once
+
+#include "fbx/dump/dump_value.h"
+
+class FbxDocument;
+class FbxImporter;
+class FbxScene;
+
+// The header of the importer's file: "version" (as "major.minor.revision"),
+// "fileVersion" (the number in the file) and "creator".
+DumpValue dumpHeader(const FbxImporter& importer);
+
+// The node tree from the scene's root: each node with its "name",
+// "attributes" (class names, in attribute order), "translation",
+// "rotation" and "scaling" (local values), "materials" when it has any,
+// and "children". A node met twice on one path is shown once, marked
+// "cycle".
+DumpValue dumpNodeTree(const FbxScene& scene);
+
+// Every object of the document, the document first and then its members
+// grouped by class name (in member order within a class): "class",
+// "name", "sources" and "destinations" (objects, as "Class Name"),
+// "propertyConnections" and "properties" (those whose values differ from
+// the class default, by hierarchical name).
+DumpValue dumpObjects(const FbxDocument& document);
