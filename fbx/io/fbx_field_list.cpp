@@ -250,7 +250,8 @@ bool FbxFieldList::WalkValues(FbxFieldInstance& instance, uint32_t count) {
     uint64_t length = instance.valueLength_;
     size_t first = valueOffsets_.size();
     if (first + count > UINT32_MAX) return false;
-    valueOffsets_.reserve(first + count);
+    // No reserve here: an exact reserve per record would defeat the vector's
+    // geometric growth and make loading a level quadratic in its records.
     uint64_t offset = 0;
     for (uint32_t i = 0; i < count; ++i) {
         if (offset >= length) return false;
