@@ -74,7 +74,6 @@ FbxField& FbxFieldList::FindOrAddField(std::string_view name) {
         if (it != loadIndex_.end()) found = it->second;
     }
     if (!found) {
-        if (fields_.size() == fields_.capacity()) fields_.reserve(fields_.size() + 20);
         fields_.push_back(std::make_unique<FbxField>(FbxString(name)));
         found = fields_.back().get();
         if (!loadIndex_.empty()) loadIndex_.emplace(LowerKey(name), found);
