@@ -8,8 +8,8 @@
 
 namespace {
 
-void compress(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination,
-              size_t pitch, int flag, size_t bytesPerBlock) {
+void compress(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination, size_t pitch, int flag,
+              size_t bytesPerBlock) {
     if (width <= 0 || height <= 0) return;
     if (pitch != size_t((width + 3) / 4) * bytesPerBlock)
         qe::fatalError("block compression needs one packed row of blocks per pitch");
@@ -18,18 +18,15 @@ void compress(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* des
 
 }  // namespace
 
-void encodeDxt1(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination,
-                size_t pitch) {
+void encodeDxt1(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination, size_t pitch) {
     compress(pixels, width, height, destination, pitch, squish::kDxt1, 8);
 }
 
-void encodeDxt3(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination,
-                size_t pitch) {
+void encodeDxt3(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination, size_t pitch) {
     compress(pixels, width, height, destination, pitch, squish::kDxt3, 16);
 }
 
-void encodeDxt5(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination,
-                size_t pitch) {
+void encodeDxt5(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination, size_t pitch) {
     compress(pixels, width, height, destination, pitch, squish::kDxt5, 16);
 }
 
@@ -45,8 +42,7 @@ void swizzleNormal(const uint8_t* pixels, int32_t width, int32_t height, uint8_t
     }
 }
 
-void encodeNormalDxt5(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination,
-                      size_t pitch) {
+void encodeNormalDxt5(const uint8_t* pixels, int32_t width, int32_t height, uint8_t* destination, size_t pitch) {
     if (width <= 0 || height <= 0) return;
     // The only extra buffer: one swizzled level, released once compressed.
     std::unique_ptr<uint8_t[]> swizzled(new uint8_t[size_t(width) * size_t(height) * 4]);

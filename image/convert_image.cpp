@@ -9,9 +9,9 @@
 #include "image/halve.h"
 #include "image/mip_chain.h"
 #include "qe/path_text.h"
-#include "tool/dependency_set.h"
-#include "tool/error_reporter.h"
-#include "tool/settings.h"
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
+#include "convert/settings.h"
 
 namespace {
 
@@ -30,8 +30,7 @@ std::string resourceName(const std::string& path, const SettingValue& root) {
     return name;
 }
 
-bool nameIsSrgb(const char* path, const std::string& name, const SettingsChain& chain,
-                ErrorReporter& errors) {
+bool nameIsSrgb(const char* path, const std::string& name, const SettingsChain& chain, ErrorReporter& errors) {
     std::string expression;
     if (!chain.getString("srgb-texname-expression", expression)) return false;
     try {
@@ -48,8 +47,7 @@ bool nameIsSrgb(const char* path, const std::string& name, const SettingsChain& 
 }  // namespace
 
 qe::Ref<tarn::Texture> convertImage(const char* path, TextureMode mode, tarn::KivaBuilder& builder,
-                                    SettingsStore& settings, DependencySet& dependencies,
-                                    ErrorReporter& errors) {
+                                    SettingsStore& settings, DependencySet& dependencies, ErrorReporter& errors) {
     dependencies.add(path);
     const SettingsChain& chain = settings.settingsFor(path);
 
@@ -61,8 +59,7 @@ qe::Ref<tarn::Texture> convertImage(const char* path, TextureMode mode, tarn::Ki
     const std::string name = resourceName(path, root);
 
     if (mode == TextureMode::Reference) {
-        qe::Ref<tarn::Texture> texture =
-            builder.createTexture(tarn::TextureFormat::Invalid, 0, 0, 0, kTextureUsage, 0);
+        qe::Ref<tarn::Texture> texture = builder.createTexture(tarn::TextureFormat::Invalid, 0, 0, 0, kTextureUsage, 0);
         builder.textureRecordOf(texture)->name = qe::stripExtension(name, qe::PathStyle::Windows) + ".kiva";
         return texture;
     }
@@ -86,9 +83,8 @@ qe::Ref<tarn::Texture> convertImage(const char* path, TextureMode mode, tarn::Ki
         }
     }
     if (width > kMaxTextureSide || height > kMaxTextureSide) {
-        errors.error(path) << "image of " << width << " by " << height
-                           << " texels is too large for a texture (at most " << kMaxTextureSide
-                           << " on a side); lower texture-max-size\n";
+        errors.error(path) << "image of " << width << " by " << height << " texels is too large for a texture (at most "
+                           << kMaxTextureSide << " on a side); lower texture-max-size\n";
         return {};
     }
 

@@ -3,7 +3,7 @@
 #include "qe/counted.h"
 #include "tarn/kiva_builder.h"
 #include "tarn/texture.h"
-#include "tool/texture_mode.h"
+#include "convert/texture_mode.h"
 
 class DependencySet;
 class ErrorReporter;
@@ -27,5 +27,4 @@ class SettingsStore;
 // The path always enters dependencies. Failures are reported through errors
 // and give an empty result; nothing is then left in the container.
 qe::Ref<tarn::Texture> convertImage(const char* path, TextureMode mode, tarn::KivaBuilder& builder,
-                                    SettingsStore& settings, DependencySet& dependencies,
-                                    ErrorReporter& errors);
+                                    SettingsStore& settings, DependencySet& dependencies, ErrorReporter& errors);

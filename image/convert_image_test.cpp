@@ -5,12 +5,12 @@
 
 #include <sstream>
 
-#include "image/scratch_dir_testing.h"
+#include "qe/scratch_dir_testing.h"
 #include "image/test_images_testing.h"
 #include "tarn/kiva_builder.h"
-#include "tool/dependency_set.h"
-#include "tool/error_reporter.h"
-#include "tool/settings_store.h"
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
+#include "convert/settings_store.h"
 
 namespace {
 
@@ -67,8 +67,9 @@ TEST_F(ConvertImage, DefaultsPickTheFormatByTheChannelsInTheFile) {
 }
 
 TEST_F(ConvertImage, RawFormatsStoreTheDecodedBytes) {
-    dir.write("raw/default.settings", "texture-format-alpha: rgb\ntexture-format-noalpha: R8\n"
-                                      "texture-generate-mipmaps: no\n");
+    dir.write("raw/default.settings",
+              "texture-format-alpha: rgb\ntexture-format-noalpha: R8\n"
+              "texture-generate-mipmaps: no\n");
     const std::string a = png("raw/a.png", 5, 3, 4, 3);
     tarn::TextureRecord* r = convert(a);
     ASSERT_NE(r, nullptr) << err.str();
@@ -100,8 +101,8 @@ TEST_F(ConvertImage, MissingResourceRootUndecodableFilesAndBadFormatWordsLeaveNo
 
     EXPECT_EQ(container.textures().size(), 0u);
     EXPECT_EQ(errors.errorCount(), 4u);
-    EXPECT_EQ(err.str(), other.file("x.png") + ": could not find resource-root setting\n" +
-                             dir.file("missing.png") + ": could not load: can't fopen\n" + dir.file("text.png") +
+    EXPECT_EQ(err.str(), other.file("x.png") + ": could not find resource-root setting\n" + dir.file("missing.png") +
+                             ": could not load: can't fopen\n" + dir.file("text.png") +
                              ": could not load: unknown image type\n" + dir.file("bad/default.settings") +
                              ": line 2: invalid texture format\n");
 }
@@ -133,8 +134,9 @@ TEST_F(ConvertImage, SrgbExpressionSearchesTheWholeName) {
     ASSERT_NE(r, nullptr);  // goes on without sRGB
     EXPECT_FALSE(r->srgb);
     EXPECT_EQ(errors.errorCount(), 1u);
-    const std::string head = dir.file("u/z.png") + ": Bad regular expression (([a-) for srgb-texname-expression in "
-                                                   ".settings file: ";
+    const std::string head = dir.file("u/z.png") +
+                             ": Bad regular expression (([a-) for srgb-texname-expression in "
+                             ".settings file: ";
     EXPECT_EQ(err.str().substr(0, head.size()), head);
     EXPECT_EQ(err.str().find('\n'), std::string::npos);  // no line end behind the library's text
 }
@@ -151,12 +153,12 @@ TEST_F(ConvertImage, SizeLimitHalvesBothSidesUntilTheyFitOrOneIsOne) {
     EXPECT_EQ(r->height, 1u);
     EXPECT_EQ(r->mipCount, 2u);
     EXPECT_EQ(errors.errorCount(), 0u);
-
 }
 
 TEST_F(ConvertImage, BadNumbersAndBooleansAreReportedAndDefaultsUsed) {
-    dir.write("b/default.settings", "texture-max-size: big\ntexture-generate-mipmaps: sometimes\n"
-                                    "texture-is-normalmap: 1\n");
+    dir.write("b/default.settings",
+              "texture-max-size: big\ntexture-generate-mipmaps: sometimes\n"
+              "texture-is-normalmap: 1\n");
     tarn::TextureRecord* r = convert(png("b/q.png", 32, 32, 3));
     ASSERT_NE(r, nullptr);
     EXPECT_EQ(r->width, 32u);  // no limit

@@ -34,8 +34,7 @@ TEST(Halve, OddHeightDropsTheLastRow) {
     int32_t h = 3;
     halveHeight(p.data(), 2, h);
     EXPECT_EQ(h, 1);
-    EXPECT_EQ(std::vector<uint8_t>(p.begin(), p.begin() + 8),
-              (std::vector<uint8_t>{1, 2, 3, 127, 75, 75, 75, 75}));
+    EXPECT_EQ(std::vector<uint8_t>(p.begin(), p.begin() + 8), (std::vector<uint8_t>{1, 2, 3, 127, 75, 75, 75, 75}));
     h = 1;
     halveHeight(p.data(), 2, h);  // to 0: nothing computed
     EXPECT_EQ(h, 0);

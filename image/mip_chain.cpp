@@ -4,8 +4,8 @@
 
 #include "image/halve.h"
 
-void writeLevels(uint8_t* pixels, int32_t& width, int32_t& height, int32_t mipCount,
-                 tarn::TextureFormat format, Encoder encoder, tarn::Texture& texture) {
+void writeLevels(uint8_t* pixels, int32_t& width, int32_t& height, int32_t mipCount, tarn::TextureFormat format,
+                 Encoder encoder, tarn::Texture& texture) {
     const tarn::TextureFormatInfo& info = tarn::textureFormatInfo(format);
     for (int32_t level = 0; level < mipCount; ++level) {
         if (level > 0) {

@@ -12,8 +12,8 @@
 // into one zeroed buffer of ceil(w / block width) * bytes per block by
 // ceil(h / block height) rows and written to the texture. On return width
 // and height are those of the last level.
-void writeLevels(uint8_t* pixels, int32_t& width, int32_t& height, int32_t mipCount,
-                 tarn::TextureFormat format, Encoder encoder, tarn::Texture& texture);
+void writeLevels(uint8_t* pixels, int32_t& width, int32_t& height, int32_t mipCount, tarn::TextureFormat format,
+                 Encoder encoder, tarn::Texture& texture);
 
 // The number of levels of a full chain: the smallest n >= 1 with 2^n no
 // smaller than both sides. A square power-of-two image thus ends at 2 by 2.

@@ -16,8 +16,8 @@ std::vector<uint8_t> patternPixels(int width, int height, int channels, uint32_t
             for (int c = 0; c < channels; ++c) {
                 state = state * 1664525u + 1013904223u;
                 // A smooth gradient with a little noise, like real art.
-                const int v = (x * 255 / (width > 1 ? width - 1 : 1)) * (c % 2 ? 1 : -1) + y * 3 + c * 40 +
-                              int(state >> 28);
+                const int v =
+                    (x * 255 / (width > 1 ? width - 1 : 1)) * (c % 2 ? 1 : -1) + y * 3 + c * 40 + int(state >> 28);
                 p[(size_t(y) * size_t(width) + size_t(x)) * size_t(channels) + size_t(c)] = uint8_t(v & 255);
             }
     return p;
@@ -38,10 +38,26 @@ std::vector<uint8_t> toRgba(const std::vector<uint8_t>& pixels, int channels) {
         const uint8_t* s = &pixels[i * size_t(channels)];
         uint8_t* d = &out[i * 4];
         switch (channels) {
-        case 1: d[0] = d[1] = d[2] = s[0]; d[3] = 255; break;
-        case 2: d[0] = d[1] = d[2] = s[0]; d[3] = s[1]; break;
-        case 3: d[0] = s[0]; d[1] = s[1]; d[2] = s[2]; d[3] = 255; break;
-        default: d[0] = s[0]; d[1] = s[1]; d[2] = s[2]; d[3] = s[3]; break;
+        case 1:
+            d[0] = d[1] = d[2] = s[0];
+            d[3] = 255;
+            break;
+        case 2:
+            d[0] = d[1] = d[2] = s[0];
+            d[3] = s[1];
+            break;
+        case 3:
+            d[0] = s[0];
+            d[1] = s[1];
+            d[2] = s[2];
+            d[3] = 255;
+            break;
+        default:
+            d[0] = s[0];
+            d[1] = s[1];
+            d[2] = s[2];
+            d[3] = s[3];
+            break;
         }
     }
     return out;

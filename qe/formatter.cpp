@@ -2,9 +2,7 @@
 
 namespace qe {
 
-void FormatterArg::printPlural(std::ostream& out, std::string_view, std::string_view) const {
-    print(out);
-}
+void FormatterArg::printPlural(std::ostream& out, std::string_view, std::string_view) const { print(out); }
 
 void NumericFormatterArg<int>::print(std::ostream& out) const { out << value; }
 
@@ -18,8 +16,7 @@ Formatter& Formatter::arg(int32_t value) {
     return *this;
 }
 
-void Formatter::writeField(std::ostream& out, size_t index, char type,
-                           std::string_view text) const {
+void Formatter::writeField(std::ostream& out, size_t index, char type, std::string_view text) const {
     const FormatterArg& a = *args_[index];
     if (type != 'p') {
         a.print(out);

@@ -15,8 +15,7 @@ public:
     virtual void print(std::ostream& out) const = 0;
     // Writes one of the two texts chosen by the argument's value. An argument
     // that is no number ignores both texts and prints itself.
-    virtual void printPlural(std::ostream& out, std::string_view singular,
-                             std::string_view plural) const;
+    virtual void printPlural(std::ostream& out, std::string_view singular, std::string_view plural) const;
 };
 
 template <class T>
@@ -28,8 +27,7 @@ public:
     explicit NumericFormatterArg(int32_t v) : value(v) {}
     void print(std::ostream& out) const override;
     // singular for exactly 1, plural for every other value.
-    void printPlural(std::ostream& out, std::string_view singular,
-                     std::string_view plural) const override;
+    void printPlural(std::ostream& out, std::string_view singular, std::string_view plural) const override;
 
     int32_t value;
 };

@@ -7,8 +7,7 @@ namespace qe {
 namespace {
 
 void checkStyle(PathStyle style) {
-    if (style != PathStyle::Posix && style != PathStyle::Windows)
-        fatalError("strange value for style");
+    if (style != PathStyle::Posix && style != PathStyle::Windows) fatalError("strange value for style");
 }
 
 }  // namespace
@@ -51,8 +50,7 @@ void replaceFirst(std::string& text, std::string_view what, std::string_view wit
 
 void replaceAll(std::string& text, std::string_view what, std::string_view with) {
     if (what.empty()) return;
-    for (size_t at = text.find(what); at != std::string::npos;
-         at = text.find(what, at + with.size()))
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size()))
         text.replace(at, what.size(), with);
 }
 

@@ -31,8 +31,7 @@ bool parseCommandLine(int argc, const char* const* argv, Options& options, std::
             options.noMaterials = true;
         } else if (arg == "--texture-mode") {
             if (haveMode) return usageError(program, err, "-texture-mode can only be supplied once.\n");
-            if (i + 1 >= argc)
-                return usageError(program, err, "-texture-mode must be followed by a mode name.\n");
+            if (i + 1 >= argc) return usageError(program, err, "-texture-mode must be followed by a mode name.\n");
             const std::string word = argv[++i];
             if (word == "include")
                 options.textureMode = TextureMode::Include;
@@ -48,16 +47,12 @@ bool parseCommandLine(int argc, const char* const* argv, Options& options, std::
         } else if (arg == "--bake-anims") {
             options.bakeAnims = true;
         } else if (arg == "-o" || arg == "--output") {
-            if (options.outputPath)
-                return usageError(program, err, "-o/--output can only be supplied once.\n");
-            if (i + 1 >= argc)
-                return usageError(program, err, "-o/--output must be followed by a filename.\n");
+            if (options.outputPath) return usageError(program, err, "-o/--output can only be supplied once.\n");
+            if (i + 1 >= argc) return usageError(program, err, "-o/--output must be followed by a filename.\n");
             options.outputPath = argv[++i];
         } else if (arg == "--dependencies") {
-            if (options.dependencyPath)
-                return usageError(program, err, "--dependencies can only be supplied once.\n");
-            if (i + 1 >= argc)
-                return usageError(program, err, "--dependencies must be followed by a filename.\n");
+            if (options.dependencyPath) return usageError(program, err, "--dependencies can only be supplied once.\n");
+            if (i + 1 >= argc) return usageError(program, err, "--dependencies must be followed by a filename.\n");
             options.dependencyPath = argv[++i];
         } else if (!arg.empty() && arg[0] == '-') {
             return usageError(program, err, "Invalid option: " + arg + "\n");
@@ -65,8 +60,7 @@ bool parseCommandLine(int argc, const char* const* argv, Options& options, std::
             options.inputs.push_back(arg);
         }
     }
-    if (argc < 2 || options.inputs.empty())
-        return usageError(program, err, "No input files supplied.\n");
+    if (argc < 2 || options.inputs.empty()) return usageError(program, err, "No input files supplied.\n");
     if (!options.outputPath) return usageError(program, err, "No output file supplied.\n");
     return true;
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/texture_mode.h"
+#include "convert/texture_mode.h"
 
 // The options of one run. Paths stay exactly as they were given.
 struct Options {

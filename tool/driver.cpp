@@ -4,16 +4,16 @@
 #include <string_view>
 
 #include "image/convert_image.h"
+#include "scene/convert_scene.h"
 #include "tarn/kiva_builder.h"
 #include "tarn/kiva_container.h"
 #include "tarn/kiva_writer.h"
 #include "tarn/material_cache.h"
 #include "tool/command_line.h"
-#include "tool/dependency_set.h"
-#include "tool/error_reporter.h"
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
 #include "tool/output_file.h"
-#include "tool/scene_input.h"
-#include "tool/settings.h"
+#include "convert/settings.h"
 
 namespace {
 
@@ -32,12 +32,12 @@ InputKind inputKind(std::string_view path) {
 
 // Writes the output and then the dependency list; false after reporting a
 // failure.
-bool writeResults(const Options& options, const tarn::KivaContainer& container,
-                  const DependencySet& dependencies, ErrorReporter& errors, std::ostream& out) {
+bool writeResults(const Options& options, const tarn::KivaContainer& container, const DependencySet& dependencies,
+                  ErrorReporter& errors, std::ostream& out) {
     const std::vector<uint8_t> bytes = tarn::serializeKiva(container);
     const std::string& outputPath = *options.outputPath;
-    switch (writeFileReplacing(outputPath, std::string_view(reinterpret_cast<const char*>(bytes.data()),
-                                                            bytes.size()))) {
+    switch (
+        writeFileReplacing(outputPath, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()))) {
     case WriteOutcome::Written:
         break;
     case WriteOutcome::CouldNotOpen:
@@ -83,6 +83,10 @@ int runKivatran(int argc, const char* const* argv, std::ostream& err, std::ostre
     tarn::KivaContainer container;
     tarn::KivaBuilder builder(&container);
 
+    const SceneOptions sceneOptions{.noMaterials = options.noMaterials,
+                                    .noMeshes = options.noMeshes,
+                                    .bakeAnims = options.bakeAnims,
+                                    .textureMode = options.textureMode};
     for (const std::string& input : options.inputs) {
         switch (inputKind(input)) {
         case InputKind::Image:
@@ -94,7 +98,7 @@ int runKivatran(int argc, const char* const* argv, std::ostream& err, std::ostre
             }
             break;
         case InputKind::Scene:
-            convertSceneInput(input, options, builder, materialCache, settings, dependencies, errors);
+            convertScene(input, sceneOptions, builder, materialCache, settings, dependencies, errors);
             break;
         case InputKind::Unknown:
             errors.error(input) << "unrecognized extension\n";

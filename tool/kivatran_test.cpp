@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "image/scratch_dir_testing.h"
+#include "qe/scratch_dir_testing.h"
 #include "image/test_images_testing.h"
 
 namespace {
@@ -50,7 +50,7 @@ struct Kivatran : ::testing::Test {
         cmd += " >" + quote(dir.file(".stdout")) + " 2>" + quote(dir.file(".stderr"));
         const int status = std::system(("/bin/sh -c " + quote(cmd)).c_str());
         Result r{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(dir.file(".stdout")),
-              readFile(dir.file(".stderr"))};
+                 readFile(dir.file(".stderr"))};
         std::filesystem::remove(dir.file(".stdout"));
         std::filesystem::remove(dir.file(".stderr"));
         return r;
@@ -74,7 +74,8 @@ TEST_F(Kivatran, UsageErrorsPrintTheirMessageAndTheUsageTextAndExitOne) {
         {{}, "No input files supplied.\n"},
         {{"-o", "a.kiva"}, "No input files supplied.\n"},
         {{"in.png"}, "No output file supplied.\n"},
-        {{"--texture-mode", "include", "--texture-mode", "strip", "a.png"}, "-texture-mode can only be supplied once.\n"},
+        {{"--texture-mode", "include", "--texture-mode", "strip", "a.png"},
+         "-texture-mode can only be supplied once.\n"},
         {{"a.png", "--texture-mode"}, "-texture-mode must be followed by a mode name.\n"},
         {{"--texture-mode", "Include", "a.png"}, "unknown texture mode Include\n"},
         {{"-o", "a.kiva", "--output", "b.kiva", "a.png"}, "-o/--output can only be supplied once.\n"},
@@ -98,7 +99,7 @@ TEST_F(Kivatran, ConvertsSeveralImagesInOrderAndListsDependencies) {
     image("art/a.png", 4, 2, 4);
     dir.write("art/a.png.settings", "texture-format-alpha: argb\n");
     Result r = run({"--no-materials", "--no-meshes", "--bake-anims", "-o", "out.kiva", "art/b.png", "art/a.png",
-                 "--dependencies", "deps.txt"});
+                    "--dependencies", "deps.txt"});
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.out, "");
@@ -110,9 +111,9 @@ TEST_F(Kivatran, ConvertsSeveralImagesInOrderAndListsDependencies) {
     EXPECT_EQ(kiva.substr(0, 8), std::string("aviK\0\0\3\0", 8));
     EXPECT_EQ(u16(kiva, 10), 2);  // two textures
     const size_t table = size_t(u64(kiva, 40));
-    EXPECT_EQ(uint8_t(kiva[table + 2]), 4);        // first row: b.png, DXT1
-    EXPECT_EQ(uint8_t(kiva[table + 24 + 2]), 1);   // second row: a.png, A8R8G8B8
-    EXPECT_EQ(uint8_t(kiva[table + 24 + 3]), 2);   // 4x2 -> 2 levels
+    EXPECT_EQ(uint8_t(kiva[table + 2]), 4);       // first row: b.png, DXT1
+    EXPECT_EQ(uint8_t(kiva[table + 24 + 2]), 1);  // second row: a.png, A8R8G8B8
+    EXPECT_EQ(uint8_t(kiva[table + 24 + 3]), 2);  // 4x2 -> 2 levels
     EXPECT_EQ(u64(kiva, table + 24 + 8), 32u + 8u);
     EXPECT_NE(kiva.find("/art/art/b.png"), std::string::npos);
 
@@ -137,7 +138,7 @@ TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {
     image("ok.png", 2, 2, 3);
     dir.write("out.kiva", "previous");
     Result r = run({"-o", "out.kiva", "--dependencies", "deps.txt", "IMAGE.PNG", "a.tiff", "png", "", "scene.FBX",
-                 "ok.png", "missing.tga"});
+                    "ok.png", "missing.tga"});
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err,
               "a.tiff: unrecognized extension\n"

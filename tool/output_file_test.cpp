@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "image/scratch_dir_testing.h"
+#include "qe/scratch_dir_testing.h"
 
 namespace {
 

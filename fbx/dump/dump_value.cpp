@@ -48,22 +48,32 @@ void writeQuoted(const std::string& text, std::ostream& out) {
     for (size_t i = 0; i < text.size(); ++i) {
         unsigned char c = static_cast<unsigned char>(text[i]);
         switch (c) {
-            case '"': out << "\\\""; break;
-            case '\\': out << "\\\\"; break;
-            case '\n': out << "\\n"; break;
-            case '\r': out << "\\r"; break;
-            case '\t': out << "\\t"; break;
-            default:
-                if (c >= 0x20 && c < 0x7F) {
-                    out << static_cast<char>(c);
-                } else if (size_t length = c >= 0x80 ? utf8Length(text, i) : 0) {
-                    out.write(text.data() + i, static_cast<std::streamsize>(length));
-                    i += length - 1;
-                } else {
-                    // Control bytes and bytes that are no UTF-8 are escaped,
-                    // so that the output is valid UTF-8 whatever the file held.
-                    out << "\\u00" << hex[c >> 4] << hex[c & 15];
-                }
+        case '"':
+            out << "\\\"";
+            break;
+        case '\\':
+            out << "\\\\";
+            break;
+        case '\n':
+            out << "\\n";
+            break;
+        case '\r':
+            out << "\\r";
+            break;
+        case '\t':
+            out << "\\t";
+            break;
+        default:
+            if (c >= 0x20 && c < 0x7F) {
+                out << static_cast<char>(c);
+            } else if (size_t length = c >= 0x80 ? utf8Length(text, i) : 0) {
+                out.write(text.data() + i, static_cast<std::streamsize>(length));
+                i += length - 1;
+            } else {
+                // Control bytes and bytes that are no UTF-8 are escaped,
+                // so that the output is valid UTF-8 whatever the file held.
+                out << "\\u00" << hex[c >> 4] << hex[c & 15];
+            }
         }
     }
     out << '"';
@@ -71,20 +81,29 @@ void writeQuoted(const std::string& text, std::ostream& out) {
 
 void writeScalar(const DumpValue& value, std::ostream& out, bool json) {
     switch (value.kind()) {
-        case DumpValue::Kind::eNull: out << "null"; break;
-        case DumpValue::Kind::eBool: out << (value.intValue() ? "true" : "false"); break;
-        case DumpValue::Kind::eInt: out << value.intValue(); break;
-        case DumpValue::Kind::eDouble: {
-            std::string text = formatDouble(value.doubleValue());
-            bool finite = std::isfinite(value.doubleValue());
-            if (json && !finite)
-                writeQuoted(text, out);
-            else
-                out << text;
-            break;
-        }
-        case DumpValue::Kind::eString: writeQuoted(value.stringValue(), out); break;
-        default: break;
+    case DumpValue::Kind::eNull:
+        out << "null";
+        break;
+    case DumpValue::Kind::eBool:
+        out << (value.intValue() ? "true" : "false");
+        break;
+    case DumpValue::Kind::eInt:
+        out << value.intValue();
+        break;
+    case DumpValue::Kind::eDouble: {
+        std::string text = formatDouble(value.doubleValue());
+        bool finite = std::isfinite(value.doubleValue());
+        if (json && !finite)
+            writeQuoted(text, out);
+        else
+            out << text;
+        break;
+    }
+    case DumpValue::Kind::eString:
+        writeQuoted(value.stringValue(), out);
+        break;
+    default:
+        break;
     }
 }
 

@@ -54,32 +54,69 @@ DumpValue dumpFieldValue(FbxFieldStream& stream) {
     pair.push(std::string(1, code));
     int count = 0;
     switch (code) {
-        case 'C': pair.push(static_cast<int>(static_cast<unsigned char>(stream.NextChar()))); break;
-        case 'Z': pair.push(static_cast<int>(stream.NextByte())); break;
-        case 'Y': pair.push(static_cast<int>(stream.NextShort())); break;
-        case 'I': pair.push(stream.NextInt()); break;
-        case 'L': pair.push(stream.NextLong()); break;
-        case 'F': pair.push(static_cast<double>(stream.NextFloat())); break;
-        case 'D': pair.push(stream.NextDouble()); break;
-        case 'S': pair.push(stream.NextString()); break;
-        case 'R': {
-            int size = 0;
-            stream.NextBlob(size);
-            pair.push(std::to_string(size) + " bytes");
-            break;
-        }
-        case 'b': stream.NextBoolArray(count); pair.push(arraySummary("bool", count)); break;
-        case 'c': stream.NextByteArray(count); pair.push(arraySummary("byte", count)); break;
-        case 'h': stream.NextShortArray(count); pair.push(arraySummary("short", count)); break;
-        case 'i': stream.NextIntArray(count); pair.push(arraySummary("int", count)); break;
-        case 'f': stream.NextFloatArray(count); pair.push(arraySummary("float", count)); break;
-        case 'l': stream.NextLongArray(count); pair.push(arraySummary("long", count)); break;
-        case 'd': stream.NextDoubleArray(count); pair.push(arraySummary("double", count)); break;
-        default:
-            // An unknown code: step over the value.
-            stream.NextByte();
-            pair.push(DumpValue());
-            break;
+    case 'C':
+        pair.push(static_cast<int>(static_cast<unsigned char>(stream.NextChar())));
+        break;
+    case 'Z':
+        pair.push(static_cast<int>(stream.NextByte()));
+        break;
+    case 'Y':
+        pair.push(static_cast<int>(stream.NextShort()));
+        break;
+    case 'I':
+        pair.push(stream.NextInt());
+        break;
+    case 'L':
+        pair.push(stream.NextLong());
+        break;
+    case 'F':
+        pair.push(static_cast<double>(stream.NextFloat()));
+        break;
+    case 'D':
+        pair.push(stream.NextDouble());
+        break;
+    case 'S':
+        pair.push(stream.NextString());
+        break;
+    case 'R': {
+        int size = 0;
+        stream.NextBlob(size);
+        pair.push(std::to_string(size) + " bytes");
+        break;
+    }
+    case 'b':
+        stream.NextBoolArray(count);
+        pair.push(arraySummary("bool", count));
+        break;
+    case 'c':
+        stream.NextByteArray(count);
+        pair.push(arraySummary("byte", count));
+        break;
+    case 'h':
+        stream.NextShortArray(count);
+        pair.push(arraySummary("short", count));
+        break;
+    case 'i':
+        stream.NextIntArray(count);
+        pair.push(arraySummary("int", count));
+        break;
+    case 'f':
+        stream.NextFloatArray(count);
+        pair.push(arraySummary("float", count));
+        break;
+    case 'l':
+        stream.NextLongArray(count);
+        pair.push(arraySummary("long", count));
+        break;
+    case 'd':
+        stream.NextDoubleArray(count);
+        pair.push(arraySummary("double", count));
+        break;
+    default:
+        // An unknown code: step over the value.
+        stream.NextByte();
+        pair.push(DumpValue());
+        break;
     }
     return pair;
 }

@@ -35,26 +35,37 @@ DumpValue doubles(const FbxProperty& property) {
 
 DumpValue propertyValue(const FbxProperty& property) {
     switch (property.GetPropertyDataType().GetType()) {
-        case eFbxChar:
-        case eFbxUChar:
-        case eFbxShort:
-        case eFbxUShort:
-        case eFbxUInt:
-        case eFbxInt:
-        case eFbxEnum:
-        case eFbxLongLong: return DumpValue(property.Get<FbxLongLong>());
-        case eFbxULongLong: return DumpValue(property.Get<FbxULongLong>());
-        case eFbxBool: return DumpValue(property.Get<FbxBool>());
-        case eFbxHalfFloat:
-        case eFbxFloat:
-        case eFbxDouble: return DumpValue(property.Get<FbxDouble>());
-        case eFbxDistance: return DumpValue(property.Get<FbxDouble>());
-        case eFbxDouble2: return doubles<2>(property);
-        case eFbxDouble3: return doubles<3>(property);
-        case eFbxDouble4: return doubles<4>(property);
-        case eFbxString: return DumpValue(property.Get<FbxString>());
-        case eFbxTime: return DumpValue(property.Get<FbxTime>().Get());
-        default: return DumpValue(std::string("<") + property.GetPropertyDataType().GetName() + ">");
+    case eFbxChar:
+    case eFbxUChar:
+    case eFbxShort:
+    case eFbxUShort:
+    case eFbxUInt:
+    case eFbxInt:
+    case eFbxEnum:
+    case eFbxLongLong:
+        return DumpValue(property.Get<FbxLongLong>());
+    case eFbxULongLong:
+        return DumpValue(property.Get<FbxULongLong>());
+    case eFbxBool:
+        return DumpValue(property.Get<FbxBool>());
+    case eFbxHalfFloat:
+    case eFbxFloat:
+    case eFbxDouble:
+        return DumpValue(property.Get<FbxDouble>());
+    case eFbxDistance:
+        return DumpValue(property.Get<FbxDouble>());
+    case eFbxDouble2:
+        return doubles<2>(property);
+    case eFbxDouble3:
+        return doubles<3>(property);
+    case eFbxDouble4:
+        return doubles<4>(property);
+    case eFbxString:
+        return DumpValue(property.Get<FbxString>());
+    case eFbxTime:
+        return DumpValue(property.Get<FbxTime>().Get());
+    default:
+        return DumpValue(std::string("<") + property.GetPropertyDataType().GetName() + ">");
     }
 }
 

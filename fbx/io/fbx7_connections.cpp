@@ -82,52 +82,53 @@ void Fbx7DocumentReader::ReadConnections() {
     while (s.BeginField("C")) {
         Kind kind = kindOf(s.NextString());
         switch (kind) {
-            case Kind::eObjectObject: {
-                FbxObject* source = ResolveId(s.NextLong());
-                FbxObject* destination = ResolveId(s.NextLong());
-                if (!source || !destination || source == destination) break;
-                const FbxNode* child = FbxCast<FbxNode>(source);
-                const FbxNode* parent = FbxCast<FbxNode>(destination);
-                if (child && parent && isAncestor(child, parent)) break;
-                if (!source->IsConnectedDstObject(destination) || allowsSecondLink(source, destination))
-                    destination->ConnectSrcObject(source);
-                break;
-            }
-            case Kind::ePropertyObject: {
-                FbxObject* source = ResolveId(s.NextLong());
-                FbxProperty property = findProperty(source, s.NextString());
-                FbxObject* destination = ResolveId(s.NextLong());
-                if (!property.IsValid() || !destination) break;
-                FbxProperty root = destination->GetRootProperty();
-                if (!property.IsConnectedDstProperty(root)) root.ConnectSrcProperty(property);
-                break;
-            }
-            case Kind::eObjectProperty: {
-                FbxObject* source = ResolveId(s.NextLong());
-                FbxObject* destination = ResolveId(s.NextLong());
-                FbxProperty property = findProperty(destination, s.NextString());
-                if (!source || !property.IsValid()) break;
-                if (!source->IsConnectedDstProperty(property)) property.ConnectSrcObject(source);
-                break;
-            }
-            case Kind::ePropertyProperty: {
-                FbxObject* source = ResolveId(s.NextLong());
-                FbxProperty sourceProperty = findProperty(source, s.NextString());
-                FbxObject* destination = ResolveId(s.NextLong());
-                FbxProperty destinationProperty = findProperty(destination, s.NextString());
-                if (!sourceProperty.IsValid() || !destinationProperty.IsValid()) break;
-                if (!sourceProperty.IsConnectedDstProperty(destinationProperty))
-                    destinationProperty.ConnectSrcProperty(sourceProperty);
-                break;
-            }
-            case Kind::eDocumentProperty: {
-                FbxObject* destination = ResolveId(s.NextLong());
-                FbxProperty property = findProperty(destination, s.NextString());
-                if (!property.IsValid()) break;
-                if (!document_->IsConnectedDstProperty(property)) property.ConnectSrcObject(document_);
-                break;
-            }
-            case Kind::eOther: break;
+        case Kind::eObjectObject: {
+            FbxObject* source = ResolveId(s.NextLong());
+            FbxObject* destination = ResolveId(s.NextLong());
+            if (!source || !destination || source == destination) break;
+            const FbxNode* child = FbxCast<FbxNode>(source);
+            const FbxNode* parent = FbxCast<FbxNode>(destination);
+            if (child && parent && isAncestor(child, parent)) break;
+            if (!source->IsConnectedDstObject(destination) || allowsSecondLink(source, destination))
+                destination->ConnectSrcObject(source);
+            break;
+        }
+        case Kind::ePropertyObject: {
+            FbxObject* source = ResolveId(s.NextLong());
+            FbxProperty property = findProperty(source, s.NextString());
+            FbxObject* destination = ResolveId(s.NextLong());
+            if (!property.IsValid() || !destination) break;
+            FbxProperty root = destination->GetRootProperty();
+            if (!property.IsConnectedDstProperty(root)) root.ConnectSrcProperty(property);
+            break;
+        }
+        case Kind::eObjectProperty: {
+            FbxObject* source = ResolveId(s.NextLong());
+            FbxObject* destination = ResolveId(s.NextLong());
+            FbxProperty property = findProperty(destination, s.NextString());
+            if (!source || !property.IsValid()) break;
+            if (!source->IsConnectedDstProperty(property)) property.ConnectSrcObject(source);
+            break;
+        }
+        case Kind::ePropertyProperty: {
+            FbxObject* source = ResolveId(s.NextLong());
+            FbxProperty sourceProperty = findProperty(source, s.NextString());
+            FbxObject* destination = ResolveId(s.NextLong());
+            FbxProperty destinationProperty = findProperty(destination, s.NextString());
+            if (!sourceProperty.IsValid() || !destinationProperty.IsValid()) break;
+            if (!sourceProperty.IsConnectedDstProperty(destinationProperty))
+                destinationProperty.ConnectSrcProperty(sourceProperty);
+            break;
+        }
+        case Kind::eDocumentProperty: {
+            FbxObject* destination = ResolveId(s.NextLong());
+            FbxProperty property = findProperty(destination, s.NextString());
+            if (!property.IsValid()) break;
+            if (!document_->IsConnectedDstProperty(property)) property.ConnectSrcObject(document_);
+            break;
+        }
+        case Kind::eOther:
+            break;
         }
         s.EndField();
     }

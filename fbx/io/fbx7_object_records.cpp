@@ -112,8 +112,8 @@ FbxClassId Fbx7DocumentReader::GenericClass(const char* word, const char* subcla
     if (classId.IsValid()) return classId;
     FbxString kind = word;
     if (kind == "NodeAttribute")
-        return manager_.RegisterRuntimeClass(name.c_str(), FbxNodeAttribute::ClassId, &FbxNodeAttribute::Allocate,
-                                             word, subclass);
+        return manager_.RegisterRuntimeClass(name.c_str(), FbxNodeAttribute::ClassId, &FbxNodeAttribute::Allocate, word,
+                                             subclass);
     if (kind == "Geometry")
         return manager_.RegisterRuntimeClass(name.c_str(), FbxGeometry::ClassId, &FbxGeometry::Allocate, word,
                                              subclass);
@@ -203,12 +203,23 @@ FbxObject* Fbx7DocumentReader::ReadModel(const char* name, FbxObject* referenced
         FbxNode::EShadingMode shading = FbxNode::eHardShading;
         if (s.BeginField("Shading")) {
             switch (s.NextChar()) {
-                case 'W': shading = FbxNode::eWireFrame; break;
-                case 'F': shading = FbxNode::eFlatShading; break;
-                case 'Y': shading = FbxNode::eLightShading; break;
-                case 'T': shading = FbxNode::eTextureShading; break;
-                case 'U': shading = FbxNode::eFullShading; break;
-                default: break;
+            case 'W':
+                shading = FbxNode::eWireFrame;
+                break;
+            case 'F':
+                shading = FbxNode::eFlatShading;
+                break;
+            case 'Y':
+                shading = FbxNode::eLightShading;
+                break;
+            case 'T':
+                shading = FbxNode::eTextureShading;
+                break;
+            case 'U':
+                shading = FbxNode::eFullShading;
+                break;
+            default:
+                break;
             }
             s.EndField();
         }

@@ -20,26 +20,26 @@ size_t FirstCapacity(size_t compressed, size_t expected) {
 
 void SwapElements(uint8_t* data, size_t count, size_t elementSize) {
     switch (elementSize) {
-        case 2:
-            for (size_t i = 0; i < count; ++i) {
-                uint16_t v = FbxLoadU16(data + i * 2, true);
-                std::memcpy(data + i * 2, &v, 2);
-            }
-            break;
-        case 4:
-            for (size_t i = 0; i < count; ++i) {
-                uint32_t v = FbxLoadU32(data + i * 4, true);
-                std::memcpy(data + i * 4, &v, 4);
-            }
-            break;
-        case 8:
-            for (size_t i = 0; i < count; ++i) {
-                uint64_t v = FbxLoadU64(data + i * 8, true);
-                std::memcpy(data + i * 8, &v, 8);
-            }
-            break;
-        default:
-            break;
+    case 2:
+        for (size_t i = 0; i < count; ++i) {
+            uint16_t v = FbxLoadU16(data + i * 2, true);
+            std::memcpy(data + i * 2, &v, 2);
+        }
+        break;
+    case 4:
+        for (size_t i = 0; i < count; ++i) {
+            uint32_t v = FbxLoadU32(data + i * 4, true);
+            std::memcpy(data + i * 4, &v, 4);
+        }
+        break;
+    case 8:
+        for (size_t i = 0; i < count; ++i) {
+            uint64_t v = FbxLoadU64(data + i * 8, true);
+            std::memcpy(data + i * 8, &v, 8);
+        }
+        break;
+    default:
+        break;
     }
 }
 

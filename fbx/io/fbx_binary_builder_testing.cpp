@@ -163,7 +163,8 @@ FbxBinaryBuilder& FbxBinaryBuilder::Array(char code, const void* elements, size_
         }
     }
     if (encoding == FbxArrayEncoding::eZlib) {
-        return ArrayWithHeader(code, static_cast<uint32_t>(count), 1, Deflate(data.data(), data.size(), compressionLevel_));
+        return ArrayWithHeader(code, static_cast<uint32_t>(count), 1,
+                               Deflate(data.data(), data.size(), compressionLevel_));
     }
     return ArrayWithHeader(code, static_cast<uint32_t>(count), 0, data);
 }
@@ -173,8 +174,8 @@ FbxBinaryBuilder& FbxBinaryBuilder::ArrayWithHeader(char code, uint32_t count, u
     return ArrayWithHeader(code, count, encoding, static_cast<uint32_t>(data.size()), data);
 }
 
-FbxBinaryBuilder& FbxBinaryBuilder::ArrayWithHeader(char code, uint32_t count, uint32_t encoding,
-                                                    uint32_t byteLength, const std::vector<uint8_t>& data) {
+FbxBinaryBuilder& FbxBinaryBuilder::ArrayWithHeader(char code, uint32_t count, uint32_t encoding, uint32_t byteLength,
+                                                    const std::vector<uint8_t>& data) {
     Value(code, &count, 4);
     PutU32(encoding);
     PutU32(byteLength);

@@ -29,8 +29,8 @@
 enum class FbxArrayEncoding { eRaw, eZlib };
 
 struct FbxSectionTail {
-    bool sectionCode = false;  // 16 code bytes behind the null record
-    bool trailer = false;      // padding, the 128-byte trailer and its marker
+    bool sectionCode = false;     // 16 code bytes behind the null record
+    bool trailer = false;         // padding, the 128-byte trailer and its marker
     uint32_t trailerVersion = 0;  // 0 writes the builder's version
     std::array<uint8_t, 16> code{};
 
@@ -54,15 +54,15 @@ public:
     FbxBinaryBuilder& EmptyBlock();
 
     // --- Scalar values ---
-    FbxBinaryBuilder& Bool(bool value);        // "C"
-    FbxBinaryBuilder& Char(char value);        // "C"
-    FbxBinaryBuilder& Byte(int8_t value);      // "Z"
-    FbxBinaryBuilder& Short(int16_t value);    // "Y"
-    FbxBinaryBuilder& Int(int32_t value);      // "I"
-    FbxBinaryBuilder& Float(float value);      // "F"
-    FbxBinaryBuilder& Long(int64_t value);     // "L"
-    FbxBinaryBuilder& Double(double value);    // "D"
-    FbxBinaryBuilder& String(std::string_view value);  // "S"
+    FbxBinaryBuilder& Bool(bool value);                    // "C"
+    FbxBinaryBuilder& Char(char value);                    // "C"
+    FbxBinaryBuilder& Byte(int8_t value);                  // "Z"
+    FbxBinaryBuilder& Short(int16_t value);                // "Y"
+    FbxBinaryBuilder& Int(int32_t value);                  // "I"
+    FbxBinaryBuilder& Float(float value);                  // "F"
+    FbxBinaryBuilder& Long(int64_t value);                 // "L"
+    FbxBinaryBuilder& Double(double value);                // "D"
+    FbxBinaryBuilder& String(std::string_view value);      // "S"
     FbxBinaryBuilder& Raw(const void* data, size_t size);  // "R"
     FbxBinaryBuilder& Raw(const std::vector<uint8_t>& data) { return Raw(data.data(), data.size()); }
     // Two-part object name: name, NUL, 0x01, class word.
@@ -70,14 +70,12 @@ public:
 
     // --- Array values ---
     FbxBinaryBuilder& BoolArray(const std::vector<bool>& values, FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
-    FbxBinaryBuilder& ByteArray(const std::vector<uint8_t>& values,
-                                FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
+    FbxBinaryBuilder& ByteArray(const std::vector<uint8_t>& values, FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
     FbxBinaryBuilder& ShortArray(const std::vector<int16_t>& values,
                                  FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
     FbxBinaryBuilder& IntArray(const std::vector<int32_t>& values, FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
     FbxBinaryBuilder& FloatArray(const std::vector<float>& values, FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
-    FbxBinaryBuilder& LongArray(const std::vector<int64_t>& values,
-                                FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
+    FbxBinaryBuilder& LongArray(const std::vector<int64_t>& values, FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
     FbxBinaryBuilder& DoubleArray(const std::vector<double>& values,
                                   FbxArrayEncoding encoding = FbxArrayEncoding::eRaw);
     // Any array: `count` elements of `elementSize` bytes in host order.

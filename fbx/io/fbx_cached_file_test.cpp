@@ -36,38 +36,38 @@ TEST(FbxCachedFile, ReadsAndSeeksMatchThePlainFile) {
         std::vector<char> a(20000), b(20000);
         for (int step = 0; step < 3000; ++step) {
             switch (random() % 5) {
-                case 0: {
-                    int64_t to = static_cast<int64_t>(random() % (bytes.size() + 10));
-                    ASSERT_EQ(plain.Seek(to), cached.Seek(to));
-                    break;
+            case 0: {
+                int64_t to = static_cast<int64_t>(random() % (bytes.size() + 10));
+                ASSERT_EQ(plain.Seek(to), cached.Seek(to));
+                break;
+            }
+            case 1: {
+                int64_t by = static_cast<int64_t>(random() % 200) - 100;
+                if (plain.Tell() + by < 0) by = 0;
+                ASSERT_EQ(plain.Seek(by, FbxFile::eCurrent), cached.Seek(by, FbxFile::eCurrent));
+                break;
+            }
+            case 2: {
+                size_t size = random() % 3 == 0 ? random() % 20000 : random() % 40;
+                size_t got = plain.Read(a.data(), size);
+                ASSERT_EQ(got, cached.Read(b.data(), size));
+                ASSERT_EQ(0, std::memcmp(a.data(), b.data(), got));
+                break;
+            }
+            case 3: {
+                char* x = plain.ReadLine(a.data(), 300);
+                char* y = cached.ReadLine(b.data(), 300);
+                ASSERT_EQ(x == nullptr, y == nullptr);
+                if (x) {
+                    ASSERT_EQ(std::string(x), std::string(y));
                 }
-                case 1: {
-                    int64_t by = static_cast<int64_t>(random() % 200) - 100;
-                    if (plain.Tell() + by < 0) by = 0;
-                    ASSERT_EQ(plain.Seek(by, FbxFile::eCurrent), cached.Seek(by, FbxFile::eCurrent));
-                    break;
-                }
-                case 2: {
-                    size_t size = random() % 3 == 0 ? random() % 20000 : random() % 40;
-                    size_t got = plain.Read(a.data(), size);
-                    ASSERT_EQ(got, cached.Read(b.data(), size));
-                    ASSERT_EQ(0, std::memcmp(a.data(), b.data(), got));
-                    break;
-                }
-                case 3: {
-                    char* x = plain.ReadLine(a.data(), 300);
-                    char* y = cached.ReadLine(b.data(), 300);
-                    ASSERT_EQ(x == nullptr, y == nullptr);
-                    if (x) {
-                        ASSERT_EQ(std::string(x), std::string(y));
-                    }
-                    break;
-                }
-                default: {
-                    int64_t back = -static_cast<int64_t>(random() % 50);
-                    ASSERT_EQ(plain.Seek(back, FbxFile::eEnd), cached.Seek(back, FbxFile::eEnd));
-                    break;
-                }
+                break;
+            }
+            default: {
+                int64_t back = -static_cast<int64_t>(random() % 50);
+                ASSERT_EQ(plain.Seek(back, FbxFile::eEnd), cached.Seek(back, FbxFile::eEnd));
+                break;
+            }
             }
             ASSERT_EQ(plain.Tell(), cached.Tell()) << "step " << step;
         }

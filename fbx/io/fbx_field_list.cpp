@@ -120,9 +120,7 @@ FbxFieldList* FbxFieldList::OpenChild(uint32_t offset) {
     return child_.get();
 }
 
-void FbxFieldList::CloseChild() {
-    std::unique_ptr<FbxFieldList> child = std::move(child_);
-}
+void FbxFieldList::CloseChild() { std::unique_ptr<FbxFieldList> child = std::move(child_); }
 
 void FbxFieldList::Rewind() {
     CloseChild();
@@ -145,8 +143,7 @@ bool FbxFieldList::ReadU32(uint32_t& value) {
     return true;
 }
 
-bool FbxFieldList::PeekFirstRecord(FbxFile* file, uint32_t offset, bool swap, FbxString& name,
-                                   uint32_t& blockOffset) {
+bool FbxFieldList::PeekFirstRecord(FbxFile* file, uint32_t offset, bool swap, FbxString& name, uint32_t& blockOffset) {
     name.clear();
     blockOffset = 0;
     if (!file->Seek(offset)) return false;
@@ -256,29 +253,38 @@ bool FbxFieldList::WalkValues(FbxFieldInstance& instance, uint32_t count) {
         if (offset >= length) return false;
         uint64_t size;
         switch (values[offset]) {
-            case 'C':
-            case 'Z': size = 1; break;
-            case 'Y': size = 2; break;
-            case 'I':
-            case 'F': size = 4; break;
-            case 'L':
-            case 'D': size = 8; break;
-            case 'S':
-            case 'R':
-                if (offset + 5 > length) return false;
-                size = 4 + static_cast<uint64_t>(FbxLoadU32(values + offset + 1, swap_));
-                break;
-            case 'b':
-            case 'c':
-            case 'h':
-            case 'i':
-            case 'f':
-            case 'l':
-            case 'd':
-                if (offset + 13 > length) return false;
-                size = 12 + static_cast<uint64_t>(FbxLoadU32(values + offset + 9, swap_));
-                break;
-            default: return false;
+        case 'C':
+        case 'Z':
+            size = 1;
+            break;
+        case 'Y':
+            size = 2;
+            break;
+        case 'I':
+        case 'F':
+            size = 4;
+            break;
+        case 'L':
+        case 'D':
+            size = 8;
+            break;
+        case 'S':
+        case 'R':
+            if (offset + 5 > length) return false;
+            size = 4 + static_cast<uint64_t>(FbxLoadU32(values + offset + 1, swap_));
+            break;
+        case 'b':
+        case 'c':
+        case 'h':
+        case 'i':
+        case 'f':
+        case 'l':
+        case 'd':
+            if (offset + 13 > length) return false;
+            size = 12 + static_cast<uint64_t>(FbxLoadU32(values + offset + 9, swap_));
+            break;
+        default:
+            return false;
         }
         valueOffsets_.push_back(static_cast<uint32_t>(offset + 1));
         offset += 1 + size;

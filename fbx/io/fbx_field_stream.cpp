@@ -55,10 +55,14 @@ uint64_t LoadWidth(const uint8_t* value, size_t available, size_t width, bool sw
     uint8_t bytes[8] = {};
     std::memcpy(bytes, value, available < width ? available : width);
     switch (width) {
-        case 1: return bytes[0];
-        case 2: return FbxLoadU16(bytes, swap);
-        case 4: return FbxLoadU32(bytes, swap);
-        default: return FbxLoadU64(bytes, swap);
+    case 1:
+        return bytes[0];
+    case 2:
+        return FbxLoadU16(bytes, swap);
+    case 4:
+        return FbxLoadU32(bytes, swap);
+    default:
+        return FbxLoadU64(bytes, swap);
     }
 }
 
@@ -140,8 +144,8 @@ bool FbxFieldStream::OpenFile(const char* path, FbxHeaderExtensionReader* owner,
     return OpenOn(owner, openFirstSection, headerInfo);
 }
 
-bool FbxFieldStream::OpenStream(FbxFile* stream, FbxHeaderExtensionReader* owner, bool openFirstSection,
-                                bool checkCrc, FbxHeaderInfo* headerInfo) {
+bool FbxFieldStream::OpenStream(FbxFile* stream, FbxHeaderExtensionReader* owner, bool openFirstSection, bool checkCrc,
+                                FbxHeaderInfo* headerInfo) {
     (void)checkCrc;
     Reset();
     messageName_ = "(stream)";
@@ -350,8 +354,8 @@ bool FbxFieldStream::OpenSection(int index) {
         root_ = section0Root_.get();
         root_->Rewind();
     } else {
-        sectionRoot_ = std::make_unique<FbxFieldList>(file_, sectionOffsets_[static_cast<size_t>(index)], binary_,
-                                                      swap_);
+        sectionRoot_ =
+            std::make_unique<FbxFieldList>(file_, sectionOffsets_[static_cast<size_t>(index)], binary_, swap_);
         root_ = sectionRoot_.get();
         if (!root_->Load()) {
             sectionRoot_.reset();

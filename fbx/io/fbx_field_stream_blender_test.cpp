@@ -47,8 +47,8 @@ protected:
 };
 
 TEST_F(BlenderFiles, EveryFileOpensAndEveryValueReads) {
-    for (const char* name : {"textured_cube.fbx", "multi_material.fbx", "skinned_armature.fbx",
-                             "empties_hierarchy.fbx"}) {
+    for (const char* name :
+         {"textured_cube.fbx", "multi_material.fbx", "skinned_armature.fbx", "empties_hierarchy.fbx"}) {
         SCOPED_TRACE(name);
         uint64_t reference = 0;
         for (uint32_t cache : {8u, 0u}) {

@@ -182,7 +182,9 @@ TEST(FbxFieldStream, StringsFollowTheTwoPartNameConvention) {
         .String("plain")
         .String("")
         .ObjectName("", "NodeAttribute")
-        .String(std::string("A\0\x01" "B\0C", 6))
+        .String(std::string("A\0\x01"
+                            "B\0C",
+                            6))
         .End();
     Opened o(b.Finish());
     ASSERT_TRUE(o.ok);
@@ -308,20 +310,20 @@ TEST(FbxFieldStream, ArrayReadsCheckCodeCountLengthAndEncoding) {
 
     FbxBinaryBuilder b;
     b.Begin("A");
-    b.ArrayWithHeader('i', 4, 0, raw);             // 0: good raw
-    b.ArrayWithHeader('i', 4, 1, packed);          // 1: good zlib
-    b.ArrayWithHeader('i', 4, 0x101, packed);      // 2: only the low byte of the encoding counts
-    b.ArrayWithHeader('i', 0, 0, Bytes{});         // 3: empty raw
-    b.ArrayWithHeader('i', 0, 1, packed);          // 4: empty zlib
-    b.ArrayWithHeader('i', 3, 0, raw);             // 5: length is not count * 4
-    b.ArrayWithHeader('i', 4, 2, raw);             // 6: unknown encoding
-    b.ArrayWithHeader('i', 4, 1, broken);          // 7: bad zlib stream
-    b.ArrayWithHeader('i', 4, 1, packedWithTail);  // 8: bytes behind the zlib stream
-    b.ArrayWithHeader('i', 4, 1, shortPacked);     // 9: inflates to too few bytes
-    b.ArrayWithHeader('i', 3, 1, packed);          // 10: inflates to more: the rest is dropped
+    b.ArrayWithHeader('i', 4, 0, raw);                // 0: good raw
+    b.ArrayWithHeader('i', 4, 1, packed);             // 1: good zlib
+    b.ArrayWithHeader('i', 4, 0x101, packed);         // 2: only the low byte of the encoding counts
+    b.ArrayWithHeader('i', 0, 0, Bytes{});            // 3: empty raw
+    b.ArrayWithHeader('i', 0, 1, packed);             // 4: empty zlib
+    b.ArrayWithHeader('i', 3, 0, raw);                // 5: length is not count * 4
+    b.ArrayWithHeader('i', 4, 2, raw);                // 6: unknown encoding
+    b.ArrayWithHeader('i', 4, 1, broken);             // 7: bad zlib stream
+    b.ArrayWithHeader('i', 4, 1, packedWithTail);     // 8: bytes behind the zlib stream
+    b.ArrayWithHeader('i', 4, 1, shortPacked);        // 9: inflates to too few bytes
+    b.ArrayWithHeader('i', 3, 1, packed);             // 10: inflates to more: the rest is dropped
     b.ArrayWithHeader('b', 4, 0, Bytes{1, 0, 1, 0});  // 11: read as bytes with a named code
-    b.ArrayWithHeader('i', 4, 0, raw);             // 12: read with the wrong code
-    b.ArrayWithHeader('b', 3, 0, Bytes{0, 2, 255});  // 13: booleans become 0 or 1
+    b.ArrayWithHeader('i', 4, 0, raw);                // 12: read with the wrong code
+    b.ArrayWithHeader('b', 3, 0, Bytes{0, 2, 255});   // 13: booleans become 0 or 1
     b.End();
     Opened o(b.Finish());
     ASSERT_TRUE(o.ok) << o.Message();
@@ -483,7 +485,8 @@ TEST(FbxFieldStream, HeaderVersionAndSyntax) {
         FbxMemoryFile file(b.Finish());
         FbxFieldStream s;
         EXPECT_FALSE(s.OpenStream(&file));
-        EXPECT_EQ(s.GetStatus().GetErrorString(), std::string("FBX file version 7.4.1 is not supported in this product"));
+        EXPECT_EQ(s.GetStatus().GetErrorString(),
+                  std::string("FBX file version 7.4.1 is not supported in this product"));
         FbxBinaryBuilder b6(6100);
         FbxMemoryFile file6(b6.Finish());
         EXPECT_TRUE(s.OpenStream(&file6));
@@ -762,8 +765,8 @@ TEST(FbxFieldStream, OpensFilesByPathWithOrWithoutCache) {
     std::filesystem::path dir = std::filesystem::temp_directory_path() / "fbxio_stream_test";
     std::filesystem::create_directories(dir);
     std::filesystem::path path = dir / "scene.fbx";
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 
     uint64_t reference = 0;
     for (uint32_t cache : {0u, 1u, 8u, 64u}) {

@@ -4,9 +4,7 @@
 
 namespace {
 
-void Mix(FbxWalkStats& stats, uint64_t value) {
-    stats.checksum = (stats.checksum ^ value) * 0x100000001B3ULL;
-}
+void Mix(FbxWalkStats& stats, uint64_t value) { stats.checksum = (stats.checksum ^ value) * 0x100000001B3ULL; }
 
 void MixBytes(FbxWalkStats& stats, const void* data, size_t size) {
     const unsigned char* p = static_cast<const unsigned char*>(data);
@@ -42,68 +40,80 @@ void ReadValue(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays) {
         return;
     }
     switch (code) {
-        case 'C': Mix(stats, static_cast<uint64_t>(stream.NextChar())); break;
-        case 'Z': Mix(stats, static_cast<uint64_t>(stream.NextByte())); break;
-        case 'Y': Mix(stats, static_cast<uint64_t>(stream.NextShort())); break;
-        case 'I': Mix(stats, static_cast<uint64_t>(stream.NextInt())); break;
-        case 'L': Mix(stats, static_cast<uint64_t>(stream.NextLong())); break;
-        case 'F': {
-            float f = stream.NextFloat();
-            MixBytes(stats, &f, sizeof f);
-            break;
-        }
-        case 'D': {
-            double d = stream.NextDouble();
-            MixBytes(stats, &d, sizeof d);
-            break;
-        }
-        case 'S': {
-            const char* s = stream.NextString();
-            MixBytes(stats, s, std::strlen(s));
-            break;
-        }
-        case 'R': {
-            int size = 0;
-            const void* blob = stream.NextBlob(size);
-            if (blob) MixBytes(stats, blob, static_cast<size_t>(size));
-            break;
-        }
-        case 'b': {
-            auto* data = stream.NextBoolArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        case 'c': {
-            auto* data = stream.NextUByteArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        case 'h': {
-            auto* data = stream.NextShortArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        case 'i': {
-            auto* data = stream.NextIntArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        case 'f': {
-            auto* data = stream.NextFloatArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        case 'l': {
-            auto* data = stream.NextLongArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        case 'd': {
-            auto* data = stream.NextDoubleArray(count);
-            MixArray(stats, data, count);
-            break;
-        }
-        default: Mix(stats, static_cast<uint64_t>(stream.NextULong())); break;
+    case 'C':
+        Mix(stats, static_cast<uint64_t>(stream.NextChar()));
+        break;
+    case 'Z':
+        Mix(stats, static_cast<uint64_t>(stream.NextByte()));
+        break;
+    case 'Y':
+        Mix(stats, static_cast<uint64_t>(stream.NextShort()));
+        break;
+    case 'I':
+        Mix(stats, static_cast<uint64_t>(stream.NextInt()));
+        break;
+    case 'L':
+        Mix(stats, static_cast<uint64_t>(stream.NextLong()));
+        break;
+    case 'F': {
+        float f = stream.NextFloat();
+        MixBytes(stats, &f, sizeof f);
+        break;
+    }
+    case 'D': {
+        double d = stream.NextDouble();
+        MixBytes(stats, &d, sizeof d);
+        break;
+    }
+    case 'S': {
+        const char* s = stream.NextString();
+        MixBytes(stats, s, std::strlen(s));
+        break;
+    }
+    case 'R': {
+        int size = 0;
+        const void* blob = stream.NextBlob(size);
+        if (blob) MixBytes(stats, blob, static_cast<size_t>(size));
+        break;
+    }
+    case 'b': {
+        auto* data = stream.NextBoolArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    case 'c': {
+        auto* data = stream.NextUByteArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    case 'h': {
+        auto* data = stream.NextShortArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    case 'i': {
+        auto* data = stream.NextIntArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    case 'f': {
+        auto* data = stream.NextFloatArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    case 'l': {
+        auto* data = stream.NextLongArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    case 'd': {
+        auto* data = stream.NextDoubleArray(count);
+        MixArray(stats, data, count);
+        break;
+    }
+    default:
+        Mix(stats, static_cast<uint64_t>(stream.NextULong()));
+        break;
     }
 }
 

@@ -30,9 +30,12 @@ void FbxFile::Close() {
 
 static int ToWhence(FbxFile::ESeekOrigin origin) {
     switch (origin) {
-        case FbxFile::eBegin: return SEEK_SET;
-        case FbxFile::eCurrent: return SEEK_CUR;
-        case FbxFile::eEnd: return SEEK_END;
+    case FbxFile::eBegin:
+        return SEEK_SET;
+    case FbxFile::eCurrent:
+        return SEEK_CUR;
+    case FbxFile::eEnd:
+        return SEEK_END;
     }
     return SEEK_SET;
 }

@@ -93,9 +93,7 @@ bool FbxImporter::Initialize(const char* fileName, int fileFormat, FbxIOSettings
     return OpenReader();
 }
 
-bool FbxImporter::IsFBX() const {
-    return FbxIOPluginRegistry::Of(GetFbxManager()).IsFbxReaderFormat(fileFormat_);
-}
+bool FbxImporter::IsFBX() const { return FbxIOPluginRegistry::Of(GetFbxManager()).IsFbxReaderFormat(fileFormat_); }
 
 bool FbxImporter::OpenReader() {
     FbxManager* manager = GetFbxManager();

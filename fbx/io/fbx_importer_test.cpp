@@ -169,8 +169,8 @@ TEST_F(Importer, BlenderFilesOpenWithTheirVersionHeaderAxesAndCounts) {
         int models;
         int materials;
     };
-    for (const Case& c : {Case{"textured_cube", 1, 1}, Case{"multi_material", 1, 3},
-                          Case{"skinned_armature", 6, 1}, Case{"empties_hierarchy", 4, 0}}) {
+    for (const Case& c : {Case{"textured_cube", 1, 1}, Case{"multi_material", 1, 3}, Case{"skinned_armature", 6, 1},
+                          Case{"empties_hierarchy", 4, 0}}) {
         std::string path = Blender(c.name);
         ASSERT_TRUE(importer->Initialize(path.c_str(), -1, settings)) << c.name << ": " << Message();
         int major, minor, revision;

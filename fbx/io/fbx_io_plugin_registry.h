@@ -43,8 +43,7 @@ public:
     // whose extension is already there (without regard to case) replaces
     // that entry; otherwise it is appended. Gives the index of the plug-in's
     // first format, -1 when it names none.
-    int RegisterReader(FbxReaderCreateFunc create, FbxIOInfoFunc info, bool override = false,
-                       bool userPlugin = true);
+    int RegisterReader(FbxReaderCreateFunc create, FbxIOInfoFunc info, bool override = false, bool userPlugin = true);
 
     int GetReaderFormatCount() const { return static_cast<int>(readers_.size()); }
     int GetWriterFormatCount() const { return static_cast<int>(writers_.size()); }

@@ -26,13 +26,20 @@ TEST_F(IOSettings, EveryOptionOfTheReadPathHasItsDefault) {
         bool value;
     };
     const BoolOption bools[] = {
-        {FbxIOPath::kModel, true},          {FbxIOPath::kTexture, true},
-        {FbxIOPath::kMaterial, true},       {FbxIOPath::kLink, true},
-        {FbxIOPath::kShape, true},          {FbxIOPath::kGobo, true},
-        {FbxIOPath::kAnimation, true},      {FbxIOPath::kCharacter, true},
-        {FbxIOPath::kGlobalSettings, true}, {FbxIOPath::kPivot, true},
-        {FbxIOPath::kMergeLayerAndTimewarp, false}, {FbxIOPath::kTemplate, false},
-        {FbxIOPath::kConstraint, true},     {FbxIOPath::kExtractEmbeddedData, true},
+        {FbxIOPath::kModel, true},
+        {FbxIOPath::kTexture, true},
+        {FbxIOPath::kMaterial, true},
+        {FbxIOPath::kLink, true},
+        {FbxIOPath::kShape, true},
+        {FbxIOPath::kGobo, true},
+        {FbxIOPath::kAnimation, true},
+        {FbxIOPath::kCharacter, true},
+        {FbxIOPath::kGlobalSettings, true},
+        {FbxIOPath::kPivot, true},
+        {FbxIOPath::kMergeLayerAndTimewarp, false},
+        {FbxIOPath::kTemplate, false},
+        {FbxIOPath::kConstraint, true},
+        {FbxIOPath::kExtractEmbeddedData, true},
         {FbxIOPath::kPasswordEnable, false},
     };
     for (const BoolOption& option : bools) {
@@ -104,9 +111,9 @@ TEST_F(IOSettings, GroupsAndOptionsCarryTheirFlags) {
     FbxProperty group = settings->AddGroup(settings->GetRootProperty(), "Mine", "My options");
     EXPECT_TRUE(group.GetFlag(FbxIOSettings::eGroup));
     FbxProperty shown = settings->AddOption(group, "Shown", FbxIntDT, "Shown", FbxInt(4));
-    EXPECT_EQ(shown.GetFlags() & (FbxIOSettings::eNotShown | FbxIOSettings::eNotStored |
-                                  FbxIOSettings::eNotSavedInPreset),
-              0u);
+    EXPECT_EQ(
+        shown.GetFlags() & (FbxIOSettings::eNotShown | FbxIOSettings::eNotStored | FbxIOSettings::eNotSavedInPreset),
+        0u);
     FbxProperty hidden =
         settings->AddOption(group, "Hidden", FbxDoubleDT, "Hidden", FbxDouble(0.5), false, false, false);
     EXPECT_TRUE(hidden.GetFlag(FbxIOSettings::eNotShown));

@@ -77,133 +77,172 @@ void setValue(FbxProperty& property, const T& value) {
 
 void readDoubles(FbxFieldStream& stream, FbxProperty& property, EFbxType type) {
     switch (type) {
-        case eFbxDouble2: {
-            FbxDouble2 v;
-            stream.NextDoubles(v.data, 2);
-            setValue(property, v);
-            break;
-        }
-        case eFbxDouble3: {
-            FbxDouble3 v;
-            stream.NextDoubles(v.data, 3);
-            setValue(property, v);
-            break;
-        }
-        case eFbxDouble4: {
-            FbxDouble4 v;
-            stream.NextDoubles(v.data, 4);
-            setValue(property, v);
-            break;
-        }
-        default: {
-            FbxDouble4x4 v;
-            stream.NextDoubles(v.data, 16);
-            setValue(property, v);
-            break;
-        }
+    case eFbxDouble2: {
+        FbxDouble2 v;
+        stream.NextDoubles(v.data, 2);
+        setValue(property, v);
+        break;
+    }
+    case eFbxDouble3: {
+        FbxDouble3 v;
+        stream.NextDoubles(v.data, 3);
+        setValue(property, v);
+        break;
+    }
+    case eFbxDouble4: {
+        FbxDouble4 v;
+        stream.NextDoubles(v.data, 4);
+        setValue(property, v);
+        break;
+    }
+    default: {
+        FbxDouble4x4 v;
+        stream.NextDoubles(v.data, 16);
+        setValue(property, v);
+        break;
+    }
     }
 }
 
 // Reads the value of a record by the property's base type and sets it.
 void readValue(FbxFieldStream& stream, FbxProperty& property, EFbxType type, FbxStatus& status) {
     switch (type) {
-        case eFbxChar: setValue(property, FbxChar(stream.NextByte())); break;
-        case eFbxUChar: setValue(property, FbxUChar(stream.NextUByte())); break;
-        case eFbxShort: setValue(property, FbxShort(stream.NextShort())); break;
-        case eFbxUShort: setValue(property, FbxUShort(stream.NextUShort())); break;
-        case eFbxUInt: setValue(property, FbxUInt(stream.NextUInt())); break;
-        case eFbxLongLong: setValue(property, FbxLongLong(stream.NextLong())); break;
-        case eFbxULongLong: setValue(property, FbxULongLong(stream.NextULong())); break;
-        case eFbxHalfFloat: setValue(property, FbxHalfFloat(stream.NextFloat())); break;
-        case eFbxBool: setValue(property, FbxBool(stream.NextBool())); break;
-        case eFbxInt:
-        case eFbxEnum: setValue(property, FbxInt(stream.NextInt())); break;
-        case eFbxFloat: setValue(property, FbxFloat(stream.NextFloat())); break;
-        case eFbxDouble: setValue(property, FbxDouble(stream.NextDouble())); break;
-        case eFbxDouble2:
-        case eFbxDouble3:
-        case eFbxDouble4:
-        case eFbxDouble4x4: readDoubles(stream, property, type); break;
-        case eFbxString: setValue(property, FbxString(stream.NextString())); break;
-        case eFbxTime: setValue(property, FbxTime(stream.NextTime())); break;
-        case eFbxBlob: readBlob(stream, property, status); break;
-        case eFbxDistance: {
-            FbxDistance distance;
-            distance.value = stream.NextFloat();
-            distance.unit = stream.NextString();
-            setValue(property, distance);
-            break;
-        }
-        case eFbxDateTime: {
-            const char* text = stream.NextString();
-            FbxDateTime dateTime;
-            if (*text && dateTime.FromString(text)) setValue(property, dateTime);
-            break;
-        }
-        default: break;
+    case eFbxChar:
+        setValue(property, FbxChar(stream.NextByte()));
+        break;
+    case eFbxUChar:
+        setValue(property, FbxUChar(stream.NextUByte()));
+        break;
+    case eFbxShort:
+        setValue(property, FbxShort(stream.NextShort()));
+        break;
+    case eFbxUShort:
+        setValue(property, FbxUShort(stream.NextUShort()));
+        break;
+    case eFbxUInt:
+        setValue(property, FbxUInt(stream.NextUInt()));
+        break;
+    case eFbxLongLong:
+        setValue(property, FbxLongLong(stream.NextLong()));
+        break;
+    case eFbxULongLong:
+        setValue(property, FbxULongLong(stream.NextULong()));
+        break;
+    case eFbxHalfFloat:
+        setValue(property, FbxHalfFloat(stream.NextFloat()));
+        break;
+    case eFbxBool:
+        setValue(property, FbxBool(stream.NextBool()));
+        break;
+    case eFbxInt:
+    case eFbxEnum:
+        setValue(property, FbxInt(stream.NextInt()));
+        break;
+    case eFbxFloat:
+        setValue(property, FbxFloat(stream.NextFloat()));
+        break;
+    case eFbxDouble:
+        setValue(property, FbxDouble(stream.NextDouble()));
+        break;
+    case eFbxDouble2:
+    case eFbxDouble3:
+    case eFbxDouble4:
+    case eFbxDouble4x4:
+        readDoubles(stream, property, type);
+        break;
+    case eFbxString:
+        setValue(property, FbxString(stream.NextString()));
+        break;
+    case eFbxTime:
+        setValue(property, FbxTime(stream.NextTime()));
+        break;
+    case eFbxBlob:
+        readBlob(stream, property, status);
+        break;
+    case eFbxDistance: {
+        FbxDistance distance;
+        distance.value = stream.NextFloat();
+        distance.unit = stream.NextString();
+        setValue(property, distance);
+        break;
+    }
+    case eFbxDateTime: {
+        const char* text = stream.NextString();
+        FbxDateTime dateTime;
+        if (*text && dateTime.FromString(text)) setValue(property, dateTime);
+        break;
+    }
+    default:
+        break;
     }
 }
 
 // Reads one limit like the value of a whole-number type.
 double readWholeLimit(FbxFieldStream& stream, EFbxType type) {
     switch (type) {
-        case eFbxChar: return stream.NextByte();
-        case eFbxUChar: return stream.NextUByte();
-        case eFbxShort: return stream.NextShort();
-        case eFbxUShort: return stream.NextUShort();
-        case eFbxUInt: return stream.NextUInt();
-        case eFbxULongLong: return static_cast<double>(stream.NextULong());
-        default: return stream.NextInt();
+    case eFbxChar:
+        return stream.NextByte();
+    case eFbxUChar:
+        return stream.NextUByte();
+    case eFbxShort:
+        return stream.NextShort();
+    case eFbxUShort:
+        return stream.NextUShort();
+    case eFbxUInt:
+        return stream.NextUInt();
+    case eFbxULongLong:
+        return static_cast<double>(stream.NextULong());
+    default:
+        return stream.NextInt();
     }
 }
 
 // Limits and enum items that follow the value of a user property.
 void readUserExtras(FbxFieldStream& stream, FbxProperty& property, EFbxType type) {
     switch (type) {
-        case eFbxChar:
-        case eFbxUChar:
-        case eFbxShort:
-        case eFbxUShort:
-        case eFbxUInt:
-        case eFbxULongLong:
-        case eFbxInt: {
-            double minimum = readWholeLimit(stream, type);
-            double maximum = readWholeLimit(stream, type);
-            property.SetMinLimit(minimum);
-            property.SetMaxLimit(maximum);
-            break;
+    case eFbxChar:
+    case eFbxUChar:
+    case eFbxShort:
+    case eFbxUShort:
+    case eFbxUInt:
+    case eFbxULongLong:
+    case eFbxInt: {
+        double minimum = readWholeLimit(stream, type);
+        double maximum = readWholeLimit(stream, type);
+        property.SetMinLimit(minimum);
+        property.SetMaxLimit(maximum);
+        break;
+    }
+    case eFbxHalfFloat:
+    case eFbxBool:
+    case eFbxFloat:
+    case eFbxDouble: {
+        double minimum = stream.NextDouble();
+        double maximum = stream.NextDouble();
+        property.SetMinLimit(minimum);
+        property.SetMaxLimit(maximum);
+        break;
+    }
+    case eFbxEnum: {
+        FbxInt value = 0;
+        property.Get(&value, eFbxInt);
+        FbxString items = stream.NextString();
+        size_t start = 0;
+        while (start < items.size()) {
+            size_t end = items.find('~', start);
+            if (end == FbxString::npos) end = items.size();
+            property.AddEnumValue(items.substr(start, end - start).c_str());
+            start = end + 1;
         }
-        case eFbxHalfFloat:
-        case eFbxBool:
-        case eFbxFloat:
-        case eFbxDouble: {
-            double minimum = stream.NextDouble();
-            double maximum = stream.NextDouble();
-            property.SetMinLimit(minimum);
-            property.SetMaxLimit(maximum);
-            break;
-        }
-        case eFbxEnum: {
-            FbxInt value = 0;
-            property.Get(&value, eFbxInt);
-            FbxString items = stream.NextString();
-            size_t start = 0;
-            while (start < items.size()) {
-                size_t end = items.find('~', start);
-                if (end == FbxString::npos) end = items.size();
-                property.AddEnumValue(items.substr(start, end - start).c_str());
-                start = end + 1;
-            }
-            property.Set(&value, eFbxInt, true);
-            break;
-        }
-        default: break;
+        property.Set(&value, eFbxInt, true);
+        break;
+    }
+    default:
+        break;
     }
 }
 
-bool hasNoValue(const FbxDataType& type) {
-    return type == FbxEventDT || type == FbxActionDT || type == FbxCompoundDT;
-}
+bool hasNoValue(const FbxDataType& type) { return type == FbxEventDT || type == FbxActionDT || type == FbxCompoundDT; }
 
 // Brings the property's flags to those of the file.
 void applyFlags(FbxProperty& property, uint32_t fileFlags) {
@@ -288,19 +327,28 @@ uint32_t FbxParsePropertyFlags(const char* letters) {
     if (!letters) return flags;
     for (const char* c = letters; *c; ++c) {
         switch (*c) {
-            case 'A': flags |= FbxPropertyFlags::eAnimatable; break;
-            case 'U': flags |= FbxPropertyFlags::eUserDefined; break;
-            case '+': flags |= FbxPropertyFlags::eAnimated; break;
-            case 'H': flags |= FbxPropertyFlags::eHidden; break;
-            case 'L':
-            case 'M': {
-                uint32_t n = memberField(c[1]);
-                flags &= ~(*c == 'L' ? kLockBits : kMuteBits);
-                flags |= n << (*c == 'L' ? kLockShift : kMuteShift);
-                if (c[1]) ++c;
-                break;
-            }
-            default: break;
+        case 'A':
+            flags |= FbxPropertyFlags::eAnimatable;
+            break;
+        case 'U':
+            flags |= FbxPropertyFlags::eUserDefined;
+            break;
+        case '+':
+            flags |= FbxPropertyFlags::eAnimated;
+            break;
+        case 'H':
+            flags |= FbxPropertyFlags::eHidden;
+            break;
+        case 'L':
+        case 'M': {
+            uint32_t n = memberField(c[1]);
+            flags &= ~(*c == 'L' ? kLockBits : kMuteBits);
+            flags |= n << (*c == 'L' ? kLockShift : kMuteShift);
+            if (c[1]) ++c;
+            break;
+        }
+        default:
+            break;
         }
     }
     return flags;

@@ -29,10 +29,18 @@ std::vector<uint8_t> buildFile(bool defaults) {
             double v = defaults ? i : i + 0.5 + block;
             b.Begin("P").String(name);
             switch (i % 4) {
-                case 0: b.String("double").String("Number").String("").Double(v); break;
-                case 1: b.String("Vector3D").String("Vector").String("A").Double(v).Double(v).Double(v); break;
-                case 2: b.String("bool").String("").String("").Int(defaults ? 1 : 0); break;
-                default: b.String("int").String("Integer").String("").Int(static_cast<int>(v) + (defaults ? 0 : 1)); break;
+            case 0:
+                b.String("double").String("Number").String("").Double(v);
+                break;
+            case 1:
+                b.String("Vector3D").String("Vector").String("A").Double(v).Double(v).Double(v);
+                break;
+            case 2:
+                b.String("bool").String("").String("").Int(defaults ? 1 : 0);
+                break;
+            default:
+                b.String("int").String("Integer").String("").Int(static_cast<int>(v) + (defaults ? 0 : 1));
+                break;
             }
             b.End();
         }

@@ -31,8 +31,7 @@ public:
 };
 
 // Starts a "P" record: name, two type words and flags.
-FbxBinaryBuilder& P(FbxBinaryBuilder& b, const char* name, const char* word1, const char* word2,
-                    const char* flags) {
+FbxBinaryBuilder& P(FbxBinaryBuilder& b, const char* name, const char* word1, const char* word2, const char* flags) {
     return b.Begin("P").String(name).String(word1).String(word2).String(flags);
 }
 
@@ -286,11 +285,11 @@ TEST_F(PropertyRecords, UserPropertiesBringLimitsAndEnumItems) {
 
 TEST_F(PropertyRecords, MalformedRecordsReadAsFarAsTheyGo) {
     Read([](FbxBinaryBuilder& b) {
-        b.Begin("P").End();                             // no values at all
-        b.Begin("P").String("OnlyName").End();          // no type
-        P(b, "Number", "double", "Number", "").End();  // no value: 0
+        b.Begin("P").End();                                        // no values at all
+        b.Begin("P").String("OnlyName").End();                     // no type
+        P(b, "Number", "double", "Number", "").End();              // no value: 0
         P(b, "Count", "int", "Integer", "").String("nine").End();  // wrong code
-        P(b, "v3", "Vector", "", "").Double(1).End();   // too few values
+        P(b, "v3", "Vector", "", "").Double(1).End();              // too few values
     });
     EXPECT_FALSE(object->FindProperty("OnlyName").IsValid());
     EXPECT_DOUBLE_EQ(object->FindProperty("Number").Get<FbxDouble>(), 0.0);

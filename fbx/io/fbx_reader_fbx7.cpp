@@ -38,10 +38,14 @@ bool marksTemplateFile(const char* name) {
 
 void* FbxReaderFbx7::PluginInfo(int request, int formatIndex) {
     switch (request) {
-        case FbxIOPluginRegistry::kExtensionsRequest: return kExtensions;
-        case FbxIOPluginRegistry::kDescriptionsRequest: return kDescriptions;
-        case FbxIOPluginRegistry::kFbxFlagRequest: return formatIndex == 0 ? &kIsFbx : nullptr;
-        default: return nullptr;
+    case FbxIOPluginRegistry::kExtensionsRequest:
+        return kExtensions;
+    case FbxIOPluginRegistry::kDescriptionsRequest:
+        return kDescriptions;
+    case FbxIOPluginRegistry::kFbxFlagRequest:
+        return formatIndex == 0 ? &kIsFbx : nullptr;
+    default:
+        return nullptr;
     }
 }
 
@@ -370,9 +374,7 @@ void FbxReaderFbx7::ReadTakeInfos() {
     if (settings_) settings_->SetStringProp(FbxIOPath::kCurrentTakeName, current.c_str());
 }
 
-bool FbxReaderFbx7::Read(FbxDocument* document) {
-    return Fbx7DocumentReader(*this, progress_).Read(document);
-}
+bool FbxReaderFbx7::Read(FbxDocument* document) { return Fbx7DocumentReader(*this, progress_).Read(document); }
 
 bool FbxReaderFbx7::ReadDefinitions() {
     if (!stream_) return true;

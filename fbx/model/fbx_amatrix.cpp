@@ -9,11 +9,9 @@ namespace {
 // Below this size the determinant of the upper block counts as zero.
 constexpr double kSingularLimit = 2.220446049250313e-16;
 
-} // namespace
+}  // namespace
 
-FbxVector4 FbxAMatrix::GetRow(int row) const {
-    return {mData[row][0], mData[row][1], mData[row][2], mData[row][3]};
-}
+FbxVector4 FbxAMatrix::GetRow(int row) const { return {mData[row][0], mData[row][1], mData[row][2], mData[row][3]}; }
 
 void FbxAMatrix::SetRow(int row, const FbxVector4& v) {
     for (int c = 0; c < 4; ++c) mData[row][c] = v[c];
@@ -96,8 +94,7 @@ void FbxAMatrix::SetQ(const FbxQuaternion& q) {
 
 FbxVector4 FbxAMatrix::MultT(const FbxVector4& p) const {
     FbxVector4 result;
-    for (int c = 0; c < 3; ++c)
-        result[c] = p[0] * mData[0][c] + p[1] * mData[1][c] + p[2] * mData[2][c] + mData[3][c];
+    for (int c = 0; c < 3; ++c) result[c] = p[0] * mData[0][c] + p[1] * mData[1][c] + p[2] * mData[2][c] + mData[3][c];
     result[3] = p[3];
     return result;
 }

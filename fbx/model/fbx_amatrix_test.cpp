@@ -29,7 +29,7 @@ FbxAMatrix Skewed() {
     return m;
 }
 
-} // namespace
+}  // namespace
 
 TEST(FbxAMatrix, FreshMatrixIsTheIdentity) {
     const FbxAMatrix m;
@@ -106,20 +106,21 @@ TEST(FbxAMatrix, MirroredMatricesCarryTheSignOnAllThreeScales) {
 }
 
 TEST(FbxAMatrix, InverseUndoesTheTransformAndSingularGivesTheIdentity) {
-    for (const FbxAMatrix& m : {Skewed(), FbxAMatrix(FbxVector4(1, -2, 3), FbxVector4(10, 95, -170), FbxVector4(0.5, 2, -3))}) {
+    for (const FbxAMatrix& m :
+         {Skewed(), FbxAMatrix(FbxVector4(1, -2, 3), FbxVector4(10, 95, -170), FbxVector4(0.5, 2, -3))}) {
         ExpectNear(m * m.Inverse(), FbxAMatrix());
         ExpectNear(m.Inverse() * m, FbxAMatrix());
     }
 
     FbxAMatrix rank2 = Skewed();
     rank2.SetRow(2, rank2.GetRow(0) + rank2.GetRow(1));
-    FbxAMatrix tiny; // determinant 1e-18
+    FbxAMatrix tiny;  // determinant 1e-18
     tiny.SetS(FbxVector4(1e-6, 1e-6, 1e-6));
     FbxAMatrix notANumber = Skewed(), huge = Skewed();
     notANumber[1][1] = std::numeric_limits<double>::quiet_NaN();
     huge[0][0] = std::numeric_limits<double>::infinity();
-    for (const FbxAMatrix& m : {FbxAMatrix(FbxVector4(4, 5, 6), FbxVector4(10, 20, 30), FbxVector4(1, 0, 1)), rank2, tiny,
-                                notANumber, huge})
+    for (const FbxAMatrix& m :
+         {FbxAMatrix(FbxVector4(4, 5, 6), FbxVector4(10, 20, 30), FbxVector4(1, 0, 1)), rank2, tiny, notANumber, huge})
         EXPECT_TRUE(m.Inverse().IsIdentity(0.0));
 }
 

@@ -207,8 +207,7 @@ FbxConnectionPoint* FbxConnectionPoint::FindView(const FbxCriteria& filter) cons
     return nullptr;
 }
 
-const std::vector<FbxConnectionPoint::Link>* FbxConnectionPoint::FilteredList(bool sources,
-                                                                             const FbxCriteria& filter) {
+const std::vector<FbxConnectionPoint::Link>* FbxConnectionPoint::FilteredList(bool sources, const FbxCriteria& filter) {
     FbxConnectionPoint* self = IsView() ? parentView_ : this;
     FbxConnectionPoint* view = self->FindView(filter);
     if (!view) {

@@ -261,14 +261,18 @@ TEST_F(FbxConnectionTest, ViewsMatchTheFilteredPlainListsThroughRandomChanges) {
         FbxObject* object = pool[random() % pool.size()];
         int count = static_cast<int>(point->Sources().size());
         switch (random() % 4) {
-            case 0:
-            case 1: hub->ConnectSrcObject(object); break;
-            case 2: hub->DisconnectSrcObject(object); break;
-            default:
-                if (count > 0)
-                    hub->GetRootProperty().MoveSrcObject(static_cast<int>(random() % count),
-                                                         static_cast<int>(random() % count));
-                break;
+        case 0:
+        case 1:
+            hub->ConnectSrcObject(object);
+            break;
+        case 2:
+            hub->DisconnectSrcObject(object);
+            break;
+        default:
+            if (count > 0)
+                hub->GetRootProperty().MoveSrcObject(static_cast<int>(random() % count),
+                                                     static_cast<int>(random() % count));
+            break;
         }
         if (step == 1000) hub->GetSrcObjectCount(filters[2]);
         for (const FbxCriteria& filter : filters) {

@@ -211,31 +211,56 @@ FbxDataType FbxDataTypeTable::Create(const char* name, EFbxType type) {
 
 FbxDataType FbxDataTypeTable::FromType(EFbxType type) {
     switch (type) {
-        case eFbxUndefined: return FbxCompoundDT;
-        case eFbxChar: return FbxCharDT;
-        case eFbxUChar: return FbxUCharDT;
-        case eFbxShort: return FbxShortDT;
-        case eFbxUShort: return FbxUShortDT;
-        case eFbxUInt: return FbxUIntDT;
-        case eFbxLongLong: return FbxLongLongDT;
-        case eFbxULongLong: return FbxULongLongDT;
-        case eFbxHalfFloat: return FbxHalfFloatDT;
-        case eFbxBool: return FbxBoolDT;
-        case eFbxInt: return FbxIntDT;
-        case eFbxFloat: return FbxFloatDT;
-        case eFbxDouble: return FbxDoubleDT;
-        case eFbxDouble2: return FbxDouble2DT;
-        case eFbxDouble3: return FbxDouble3DT;
-        case eFbxDouble4: return FbxDouble4DT;
-        case eFbxDouble4x4: return FbxDouble4x4DT;
-        case eFbxEnum: return FbxEnumDT;
-        case eFbxString: return FbxStringDT;
-        case eFbxTime: return FbxTimeDT;
-        case eFbxReference: return FbxReferenceDT;
-        case eFbxBlob: return FbxBlobDT;
-        case eFbxDistance: return FbxDistanceDT;
-        case eFbxDateTime: return FbxDateTimeDT;
-        default: return FbxDataType();
+    case eFbxUndefined:
+        return FbxCompoundDT;
+    case eFbxChar:
+        return FbxCharDT;
+    case eFbxUChar:
+        return FbxUCharDT;
+    case eFbxShort:
+        return FbxShortDT;
+    case eFbxUShort:
+        return FbxUShortDT;
+    case eFbxUInt:
+        return FbxUIntDT;
+    case eFbxLongLong:
+        return FbxLongLongDT;
+    case eFbxULongLong:
+        return FbxULongLongDT;
+    case eFbxHalfFloat:
+        return FbxHalfFloatDT;
+    case eFbxBool:
+        return FbxBoolDT;
+    case eFbxInt:
+        return FbxIntDT;
+    case eFbxFloat:
+        return FbxFloatDT;
+    case eFbxDouble:
+        return FbxDoubleDT;
+    case eFbxDouble2:
+        return FbxDouble2DT;
+    case eFbxDouble3:
+        return FbxDouble3DT;
+    case eFbxDouble4:
+        return FbxDouble4DT;
+    case eFbxDouble4x4:
+        return FbxDouble4x4DT;
+    case eFbxEnum:
+        return FbxEnumDT;
+    case eFbxString:
+        return FbxStringDT;
+    case eFbxTime:
+        return FbxTimeDT;
+    case eFbxReference:
+        return FbxReferenceDT;
+    case eFbxBlob:
+        return FbxBlobDT;
+    case eFbxDistance:
+        return FbxDistanceDT;
+    case eFbxDateTime:
+        return FbxDateTimeDT;
+    default:
+        return FbxDataType();
     }
 }
 

@@ -15,7 +15,8 @@ FbxProperty FbxGlobalSettings::GetProperty(EProperty which) const {
 
 namespace {
 
-FbxProperty declareEnum(const FbxProperty& root, const char* name, int value, std::initializer_list<const char*> items) {
+FbxProperty declareEnum(const FbxProperty& root, const char* name, int value,
+                        std::initializer_list<const char*> items) {
     FbxProperty p = FbxProperty::Declare(root, name, FbxEnumDT, FbxEnum(value));
     for (const char* item : items) p.AddEnumValue(item);
     return p;
@@ -46,8 +47,8 @@ void FbxGlobalSettings::ConstructProperties(bool forceSet) {
                          "Film_FullFrame", "Custom", "Frames96", "Frames72", "Frames5994", "TimeModeCount"})
                 .GetId();
     *id++ = declareEnum(root, "TimeProtocol", 2, {"SMPTE", "FrameCount", "DefaultProtocol"}).GetId();
-    *id++ = declareEnum(root, "SnapOnFrameMode", 0, {"NoSnap", "SnapOnFrame", "PlayOnFrame", "SnapAndPlayOnFrame"})
-                .GetId();
+    *id++ =
+        declareEnum(root, "SnapOnFrameMode", 0, {"NoSnap", "SnapOnFrame", "PlayOnFrame", "SnapAndPlayOnFrame"}).GetId();
     *id++ = FbxProperty::Declare(root, "TimeSpanStart", FbxTimeDT, FbxTime(0)).GetId();
     *id++ = FbxProperty::Declare(root, "TimeSpanStop", FbxTimeDT, FbxTime(FbxTime::kTicksPerSecond)).GetId();
     *id++ = FbxProperty::Declare(root, "CustomFrameRate", FbxDoubleDT, -1.0).GetId();

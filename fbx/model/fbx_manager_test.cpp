@@ -31,10 +31,14 @@ protected:
 
 TEST_F(FbxManagerTest, RegistryHoldsAllClassesParentFirstWithTheirFileWords) {
     EXPECT_EQ(FbxClassRegistry::Count(), 94);
-    const char* names[] = {"FbxObject",     "FbxScene",         "FbxNode",         "FbxMesh",
-                           "FbxSkin",       "FbxCluster",       "FbxSurfacePhong", "FbxAnimCurve",
-                           "FbxImporter",   "FbxIOSettings",    "FbxLibrary",      "FbxConstraintAim",
-                           "FbxCharacter",  "FbxProcessorShaderDependency",        "FbxDisplayLayer"};
+    const char* names[] = {"FbxObject",       "FbxScene",
+                           "FbxNode",         "FbxMesh",
+                           "FbxSkin",         "FbxCluster",
+                           "FbxSurfacePhong", "FbxAnimCurve",
+                           "FbxImporter",     "FbxIOSettings",
+                           "FbxLibrary",      "FbxConstraintAim",
+                           "FbxCharacter",    "FbxProcessorShaderDependency",
+                           "FbxDisplayLayer"};
     for (const char* name : names) {
         FbxClassId id = manager->FindClass(name);
         ASSERT_TRUE(id.IsValid()) << name;

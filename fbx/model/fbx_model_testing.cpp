@@ -46,10 +46,18 @@ void FbxWideObject::ConstructProperties(bool forceSet) {
         std::string name = "P" + std::to_string(i);
         FbxProperty p;
         switch (i % 4) {
-            case 0: p = FbxProperty::Declare(root, name.c_str(), FbxDoubleDT, 1.0 * i); break;
-            case 1: p = FbxProperty::Declare(root, name.c_str(), FbxDouble3DT, FbxDouble3(i, i, i)); break;
-            case 2: p = FbxProperty::Declare(root, name.c_str(), FbxBoolDT, true); break;
-            default: p = FbxProperty::Declare(root, name.c_str(), FbxIntDT, i); break;
+        case 0:
+            p = FbxProperty::Declare(root, name.c_str(), FbxDoubleDT, 1.0 * i);
+            break;
+        case 1:
+            p = FbxProperty::Declare(root, name.c_str(), FbxDouble3DT, FbxDouble3(i, i, i));
+            break;
+        case 2:
+            p = FbxProperty::Declare(root, name.c_str(), FbxBoolDT, true);
+            break;
+        default:
+            p = FbxProperty::Declare(root, name.c_str(), FbxIntDT, i);
+            break;
         }
         sIds[i] = p.GetId();
     }

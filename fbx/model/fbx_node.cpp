@@ -34,9 +34,12 @@ struct Declaration {
 
 constexpr uint32_t kAnim = FbxPropertyFlags::eAnimatable;
 
-#define D3(id, name, v) {FbxNode::e##id, name, Kind::Double3, nullptr, v, v, v, 0}
-#define B(id, name, v) {FbxNode::e##id, name, Kind::Bool, nullptr, v, 0, 0, 0}
-#define R(id, name, v) {FbxNode::e##id, name, Kind::Double, nullptr, v, 0, 0, 0}
+#define D3(id, name, v) \
+    { FbxNode::e##id, name, Kind::Double3, nullptr, v, v, v, 0 }
+#define B(id, name, v) \
+    { FbxNode::e##id, name, Kind::Bool, nullptr, v, 0, 0, 0 }
+#define R(id, name, v) \
+    { FbxNode::e##id, name, Kind::Double, nullptr, v, 0, 0, 0 }
 const Declaration kDeclarations[] = {
     {FbxNode::eQuaternionInterpolate, "QuaternionInterpolate", Kind::Enum, nullptr, 0, 0, 0, 0},
     D3(RotationOffset, "RotationOffset", 0),
@@ -119,19 +122,19 @@ FbxProperty declare(const FbxProperty& root, const Declaration& d) {
     FbxDataType type;
     if (d.dataType) type = FbxDataTypeTable::FromName(d.dataType);
     switch (d.kind) {
-        case Kind::Bool:
-            return FbxProperty::Declare(root, d.name, type.Valid() ? type : FbxBoolDT, d.x != 0.0, d.flags);
-        case Kind::Int:
-            return FbxProperty::Declare(root, d.name, FbxIntDT, static_cast<FbxInt>(d.x), d.flags);
-        case Kind::Double:
-            return FbxProperty::Declare(root, d.name, type.Valid() ? type : FbxDoubleDT, d.x, d.flags);
-        case Kind::Double3:
-            return FbxProperty::Declare(root, d.name, type.Valid() ? type : FbxDouble3DT, FbxDouble3(d.x, d.y, d.z),
-                                        d.flags);
-        case Kind::Enum:
-            return FbxProperty::Declare(root, d.name, FbxEnumDT, static_cast<FbxEnum>(d.x), d.flags);
-        case Kind::Reference:
-            return FbxProperty::Create(root, FbxReferenceDT, d.name);
+    case Kind::Bool:
+        return FbxProperty::Declare(root, d.name, type.Valid() ? type : FbxBoolDT, d.x != 0.0, d.flags);
+    case Kind::Int:
+        return FbxProperty::Declare(root, d.name, FbxIntDT, static_cast<FbxInt>(d.x), d.flags);
+    case Kind::Double:
+        return FbxProperty::Declare(root, d.name, type.Valid() ? type : FbxDoubleDT, d.x, d.flags);
+    case Kind::Double3:
+        return FbxProperty::Declare(root, d.name, type.Valid() ? type : FbxDouble3DT, FbxDouble3(d.x, d.y, d.z),
+                                    d.flags);
+    case Kind::Enum:
+        return FbxProperty::Declare(root, d.name, FbxEnumDT, static_cast<FbxEnum>(d.x), d.flags);
+    case Kind::Reference:
+        return FbxProperty::Create(root, FbxReferenceDT, d.name);
     }
     return FbxProperty();
 }
@@ -240,13 +243,9 @@ FbxNode* FbxNode::RemoveChild(FbxNode* node) {
 
 int FbxNode::GetNodeAttributeCount() const { return GetSrcObjectCount<FbxNodeAttribute>(); }
 
-FbxNodeAttribute* FbxNode::GetNodeAttributeByIndex(int index) const {
-    return GetSrcObject<FbxNodeAttribute>(index);
-}
+FbxNodeAttribute* FbxNode::GetNodeAttributeByIndex(int index) const { return GetSrcObject<FbxNodeAttribute>(index); }
 
-FbxNodeAttribute* FbxNode::GetNodeAttribute() const {
-    return GetNodeAttributeByIndex(GetDefaultNodeAttributeIndex());
-}
+FbxNodeAttribute* FbxNode::GetNodeAttribute() const { return GetNodeAttributeByIndex(GetDefaultNodeAttributeIndex()); }
 
 int FbxNode::GetDefaultNodeAttributeIndex() const { return DefaultAttributeIndex().Get(); }
 
@@ -317,16 +316,18 @@ FbxGeometry* FbxNode::GetGeometry() const {
     FbxNodeAttribute* attribute = GetNodeAttribute();
     if (!attribute) return nullptr;
     switch (attribute->GetAttributeType()) {
-        case FbxNodeAttribute::eMesh:
-        case FbxNodeAttribute::eNurbs:
-        case FbxNodeAttribute::ePatch:
-        case FbxNodeAttribute::eNurbsCurve:
-        case FbxNodeAttribute::eTrimNurbsSurface:
-        case FbxNodeAttribute::eBoundary:
-        case FbxNodeAttribute::eNurbsSurface:
-        case FbxNodeAttribute::eSubDiv:
-        case FbxNodeAttribute::eLine: return FbxCast<FbxGeometry>(attribute);
-        default: return nullptr;
+    case FbxNodeAttribute::eMesh:
+    case FbxNodeAttribute::eNurbs:
+    case FbxNodeAttribute::ePatch:
+    case FbxNodeAttribute::eNurbsCurve:
+    case FbxNodeAttribute::eTrimNurbsSurface:
+    case FbxNodeAttribute::eBoundary:
+    case FbxNodeAttribute::eNurbsSurface:
+    case FbxNodeAttribute::eSubDiv:
+    case FbxNodeAttribute::eLine:
+        return FbxCast<FbxGeometry>(attribute);
+    default:
+        return nullptr;
     }
 }
 
@@ -371,13 +372,26 @@ void FbxNode::SetPivotState(EPivotSet set, EPivotState state) {
 
 void FbxNode::CopyToTransform(FbxPivotSet::EVector which, const FbxVector4& v) {
     switch (which) {
-        case FbxPivotSet::eRotationOffset: transform_.SetRotationOffset(v); break;
-        case FbxPivotSet::eRotationPivot: transform_.SetRotationPivot(v); break;
-        case FbxPivotSet::ePreRotation: transform_.rotationSpace.SetPreRotation(v); break;
-        case FbxPivotSet::ePostRotation: transform_.rotationSpace.SetPostRotation(v); break;
-        case FbxPivotSet::eScalingOffset: transform_.SetScalingOffset(v); break;
-        case FbxPivotSet::eScalingPivot: transform_.SetScalingPivot(v); break;
-        default: break;
+    case FbxPivotSet::eRotationOffset:
+        transform_.SetRotationOffset(v);
+        break;
+    case FbxPivotSet::eRotationPivot:
+        transform_.SetRotationPivot(v);
+        break;
+    case FbxPivotSet::ePreRotation:
+        transform_.rotationSpace.SetPreRotation(v);
+        break;
+    case FbxPivotSet::ePostRotation:
+        transform_.rotationSpace.SetPostRotation(v);
+        break;
+    case FbxPivotSet::eScalingOffset:
+        transform_.SetScalingOffset(v);
+        break;
+    case FbxPivotSet::eScalingPivot:
+        transform_.SetScalingPivot(v);
+        break;
+    default:
+        break;
     }
 }
 
@@ -390,7 +404,7 @@ void FbxNode::SetPivotVector(EPivotSet set, FbxPivotSet::EVector which, const Fb
     if (set == eSourcePivot) CopyToTransform(which, v);
 }
 
-#define KIVA_FBX_PIVOT_ACCESSORS(Name, Vector)                                                             \
+#define KIVA_FBX_PIVOT_ACCESSORS(Name, Vector) \
     const FbxVector4& FbxNode::Get##Name(EPivotSet set) const { return GetPivotSet(set).Get(FbxPivotSet::Vector); } \
     void FbxNode::Set##Name(EPivotSet set, const FbxVector4& v) { SetPivotVector(set, FbxPivotSet::Vector, v); }
 KIVA_FBX_PIVOT_ACCESSORS(RotationOffset, eRotationOffset)
@@ -424,7 +438,7 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
     int order = RotationOrder().Get();
     if (order < 0 || order > 6) order = 0;
     static constexpr EProperty kVectorProperties[FbxPivotSet::eVectorCount] = {
-        eRotationOffset, eRotationPivot,        ePreRotation,      ePostRotation,    eScalingOffset,
+        eRotationOffset, eRotationPivot,        ePreRotation,       ePostRotation,    eScalingOffset,
         eScalingPivot,   eGeometricTranslation, eGeometricRotation, eGeometricScaling};
     FbxVector4 vectors[FbxPivotSet::eVectorCount];
     bool allDefault = order == 0;

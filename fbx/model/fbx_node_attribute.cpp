@@ -17,8 +17,8 @@ FbxNodeAttribute::FbxNodeAttribute(FbxManager& manager, const char* name) : Pare
 void FbxNodeAttribute::ConstructProperties(bool forceSet) {
     ParentClass::ConstructProperties(forceSet);
     if (!ClassId.NeedsPropertyDeclaration()) return;
-    sColor = FbxProperty::Declare(ClassId.GetRootClassProperty(), "Color", FbxColor3DT, FbxDouble3(0.0, 0.0, 0.0))
-                 .GetId();
+    sColor =
+        FbxProperty::Declare(ClassId.GetRootClassProperty(), "Color", FbxColor3DT, FbxDouble3(0.0, 0.0, 0.0)).GetId();
 }
 
 FbxNodeAttribute::EType FbxNodeAttribute::GetAttributeType() const {

@@ -61,7 +61,8 @@ TEST_F(FbxNodeAttributeTest, NullsHaveSizeAndLook) {
     EXPECT_EQ(null->Look().GetEnumCount(), 2);
     EXPECT_STREQ(null->Look().GetEnumValue(0), "None");
     std::vector<std::string> names;
-    for (FbxProperty p = null->GetFirstProperty(); p.IsValid(); p = null->GetNextProperty(p)) names.push_back(p.GetName());
+    for (FbxProperty p = null->GetFirstProperty(); p.IsValid(); p = null->GetNextProperty(p))
+        names.push_back(p.GetName());
     EXPECT_EQ(names, (std::vector<std::string>{"Color", "Size", "Look"}));
 }
 

@@ -48,7 +48,8 @@ void expectVector(const FbxVector4& v, double x, double y, double z) {
 
 TEST_F(FbxNodeTest, PropertiesComeInTheirOrderWithTheirDefaults) {
     std::vector<std::string> names;
-    for (FbxProperty p = node->GetFirstProperty(); p.IsValid(); p = node->GetNextProperty(p)) names.push_back(p.GetName());
+    for (FbxProperty p = node->GetFirstProperty(); p.IsValid(); p = node->GetNextProperty(p))
+        names.push_back(p.GetName());
     ASSERT_EQ(names.size(), static_cast<size_t>(FbxNode::ePropertyCount));
     EXPECT_EQ(names.front(), "QuaternionInterpolate");
     EXPECT_EQ(names[14], "RotationOrder");

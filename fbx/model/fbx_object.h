@@ -21,36 +21,36 @@ struct FbxConnectEvent;
 // and the allocation that the class registry calls. Classes write their
 // constructor `Class(FbxManager&, const char*)` in their .cpp; members that
 // follow the macro are protected until the class says otherwise.
-#define KIVA_FBX_OBJECT_DECLARE(Class, Parent)                                                \
-public:                                                                                       \
-    using ParentClass = Parent;                                                               \
-    static FbxClassId ClassId;                                                                \
-    static Class* Create(FbxManager* manager, const char* name);                              \
-    static Class* Create(FbxObject* container, const char* name);                             \
+#define KIVA_FBX_OBJECT_DECLARE(Class, Parent) \
+public: \
+    using ParentClass = Parent; \
+    static FbxClassId ClassId; \
+    static Class* Create(FbxManager* manager, const char* name); \
+    static Class* Create(FbxObject* container, const char* name); \
     static FbxObject* Allocate(FbxManager& manager, const char* name, const FbxObject* from); \
-    FbxClassId GetRuntimeClassId() const override { return ClassId; }                         \
-                                                                                              \
-protected:                                                                                    \
+    FbxClassId GetRuntimeClassId() const override { return ClassId; } \
+\
+protected: \
     Class(FbxManager& manager, const char* name);
 
 // Defines the members that KIVA_FBX_OBJECT_DECLARE declares.
-#define KIVA_FBX_OBJECT_IMPLEMENT(Class)                                                    \
-    FbxClassId Class::ClassId;                                                              \
-    Class* Class::Create(FbxManager* manager, const char* name) {                           \
-        return static_cast<Class*>(FbxObject::CreateOfClass(manager, ClassId, name));       \
-    }                                                                                       \
-    Class* Class::Create(FbxObject* container, const char* name) {                          \
+#define KIVA_FBX_OBJECT_IMPLEMENT(Class) \
+    FbxClassId Class::ClassId; \
+    Class* Class::Create(FbxManager* manager, const char* name) { \
+        return static_cast<Class*>(FbxObject::CreateOfClass(manager, ClassId, name)); \
+    } \
+    Class* Class::Create(FbxObject* container, const char* name) { \
         return static_cast<Class*>(FbxObject::CreateInContainer(container, ClassId, name)); \
-    }                                                                                       \
-    FbxObject* Class::Allocate(FbxManager& manager, const char* name, const FbxObject*) {   \
-        return new Class(manager, name);                                                    \
+    } \
+    FbxObject* Class::Allocate(FbxManager& manager, const char* name, const FbxObject*) { \
+        return new Class(manager, name); \
     }
 
 // The same for a class that cannot be instantiated: Create gives null.
-#define KIVA_FBX_OBJECT_IMPLEMENT_ABSTRACT(Class)                      \
-    FbxClassId Class::ClassId;                                         \
+#define KIVA_FBX_OBJECT_IMPLEMENT_ABSTRACT(Class) \
+    FbxClassId Class::ClassId; \
     Class* Class::Create(FbxManager*, const char*) { return nullptr; } \
-    Class* Class::Create(FbxObject*, const char*) { return nullptr; }  \
+    Class* Class::Create(FbxObject*, const char*) { return nullptr; } \
     FbxObject* Class::Allocate(FbxManager&, const char*, const FbxObject*) { return nullptr; }
 
 struct FbxManagerListTag;

@@ -10,7 +10,7 @@ constexpr double kEpsilon = 2.220446049250313e-16;
 constexpr double kSlerpLimit = 1e-6;
 constexpr double kPi = 3.141592653589793;
 
-} // namespace
+}  // namespace
 
 void FbxQuaternion::Normalize() {
     const double length = Length();

@@ -16,7 +16,7 @@ void ExpectQuaternion(const FbxQuaternion& q, const FbxQuaternion& expected) {
     for (int i = 0; i < 4; ++i) EXPECT_NEAR(q[i], expected[i], 1e-12) << "element " << i;
 }
 
-} // namespace
+}  // namespace
 
 TEST(FbxQuaternion, ProductComposesTurnsAndPowerScalesTheAngle) {
     EXPECT_EQ(FbxQuaternion(1, 0, 0, 0) * FbxQuaternion(0, 1, 0, 0), FbxQuaternion(0, 0, 1, 0));

@@ -36,7 +36,7 @@ void TurnRows(FbxAMatrix& m, int axis, double degrees) {
 
 double ClampUnit(double v) { return std::clamp(v, -1.0, 1.0); }
 
-} // namespace
+}  // namespace
 
 FbxAMatrix RotationXYZ(const FbxVector4& e) {
     const double x = e[0] * kRadiansPerDegree, y = e[1] * kRadiansPerDegree, z = e[2] * kRadiansPerDegree;
@@ -119,7 +119,8 @@ FbxAMatrix RotationFromAngles(const FbxVector4& e, int order) {
         m.SetQ(q);
         return m;
     }
-    default: return RotationXYZ(e);
+    default:
+        return RotationXYZ(e);
     }
 }
 
@@ -148,7 +149,7 @@ FbxVector4 SphericAngles(const FbxAMatrix& m) {
     return e;
 }
 
-} // namespace
+}  // namespace
 
 FbxVector4 AnglesFromRotation(const FbxAMatrix& m, int order) {
     switch (order) {
@@ -165,8 +166,10 @@ FbxVector4 AnglesFromRotation(const FbxAMatrix& m, int order) {
         e[axes.third] = v[2];
         return e;
     }
-    case eSphericXYZ: return SphericAngles(m);
-    default: return AnglesXYZ(m);
+    case eSphericXYZ:
+        return SphericAngles(m);
+    default:
+        return AnglesXYZ(m);
     }
 }
 

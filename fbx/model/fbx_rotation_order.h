@@ -30,11 +30,17 @@ struct FbxRotationAxes {
 
 constexpr FbxRotationAxes RotationOrderAxes(int order) {
     switch (order) {
-    case eEulerXZY: return {0, 2, 1};
-    case eEulerYZX: return {1, 2, 0};
-    case eEulerYXZ: return {1, 0, 2};
-    case eEulerZXY: return {2, 0, 1};
-    case eEulerZYX: return {2, 1, 0};
-    default: return {0, 1, 2};
+    case eEulerXZY:
+        return {0, 2, 1};
+    case eEulerYZX:
+        return {1, 2, 0};
+    case eEulerYXZ:
+        return {1, 0, 2};
+    case eEulerZXY:
+        return {2, 0, 1};
+    case eEulerZYX:
+        return {2, 1, 0};
+    default:
+        return {0, 1, 2};
     }
 }

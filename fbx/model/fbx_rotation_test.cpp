@@ -14,9 +14,12 @@ using Mat3 = std::array<std::array<double, 3>, 3>;
 Mat3 Axis(int axis, double degrees) {
     const double a = degrees * 3.14159265358979323846 / 180.0, c = std::cos(a), s = std::sin(a);
     switch (axis) {
-    case 0: return {{{1, 0, 0}, {0, c, s}, {0, -s, c}}};  // +Y towards +Z
-    case 1: return {{{c, 0, -s}, {0, 1, 0}, {s, 0, c}}};  // +Z towards +X
-    default: return {{{c, s, 0}, {-s, c, 0}, {0, 0, 1}}}; // +X towards +Y
+    case 0:
+        return {{{1, 0, 0}, {0, c, s}, {0, -s, c}}};  // +Y towards +Z
+    case 1:
+        return {{{c, 0, -s}, {0, 1, 0}, {s, 0, c}}};  // +Z towards +X
+    default:
+        return {{{c, s, 0}, {-s, c, 0}, {0, 0, 1}}};  // +X towards +Y
     }
 }
 
@@ -59,7 +62,7 @@ void ExpectAngles(const FbxVector4& v, double x, double y, double z) {
     EXPECT_EQ(v[3], 0.0);
 }
 
-} // namespace
+}  // namespace
 
 TEST(Rotation, EulerMatricesMatchProductsOfAxisTurnsInEveryOrder) {
     const int xyz[3] = {0, 1, 2}, zyx[3] = {2, 1, 0};
@@ -85,7 +88,8 @@ TEST(Rotation, AnglesComeBackThroughEveryEulerOrderBelowNinetyDegrees) {
             for (double b : samples)
                 for (double c : samples) {
                     SCOPED_TRACE(testing::Message() << o.value << ": " << a << ", " << b << ", " << c);
-                    ExpectAngles(AnglesFromRotation(RotationFromAngles(FbxVector4(a, b, c), o.value), o.value), a, b, c);
+                    ExpectAngles(AnglesFromRotation(RotationFromAngles(FbxVector4(a, b, c), o.value), o.value), a, b,
+                                 c);
                     ExpectAngles(OrderedAngles(OrderedRotation(a, b, c, o.value), o.value), a, b, c);
                 }
 }
@@ -154,7 +158,7 @@ TEST(Rotation, DegenerateMatricesGiveFiniteAngles) {
     scaled.SetS(FbxVector4(2.5, 2.5, 2.5));
     scaled = scaled * RotationXYZ(FbxVector4(-20, 60, 100));
     zero.SetS(FbxVector4(0, 0, 0));
-    flat.SetRow(0, FbxVector4(0, 1.5, 0)); // X onto Y, beyond unit length
+    flat.SetRow(0, FbxVector4(0, 1.5, 0));  // X onto Y, beyond unit length
 
     const auto finite = [](const FbxVector4& v) { return std::isfinite(v[0] + v[1] + v[2] + v[3]); };
     for (const FbxAMatrix* m : {&sheared, &scaled, &zero, &flat}) {

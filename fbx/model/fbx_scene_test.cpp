@@ -52,10 +52,10 @@ TEST_F(FbxSceneTest, AFreshSceneHasAnEmptyRootNodeAndItsSettings) {
 TEST_F(FbxSceneTest, GlobalSettingsHoldTheirPropertiesInOrderWithDefaults) {
     FbxGlobalSettings* settings = FbxScene::Create(manager, "Scene")->GetGlobalSettings();
     std::vector<std::string> expected = {
-        "UpAxis",          "UpAxisSign",        "FrontAxis",    "FrontAxisSign",           "CoordAxis",
-        "CoordAxisSign",   "OriginalUpAxis",    "OriginalUpAxisSign", "UnitScaleFactor", "OriginalUnitScaleFactor",
-        "AmbientColor",    "DefaultCamera",     "TimeMode",     "TimeProtocol",            "SnapOnFrameMode",
-        "TimeSpanStart",   "TimeSpanStop",      "CustomFrameRate", "TimeMarker",           "CurrentTimeMarker"};
+        "UpAxis",        "UpAxisSign",     "FrontAxis",          "FrontAxisSign",   "CoordAxis",
+        "CoordAxisSign", "OriginalUpAxis", "OriginalUpAxisSign", "UnitScaleFactor", "OriginalUnitScaleFactor",
+        "AmbientColor",  "DefaultCamera",  "TimeMode",           "TimeProtocol",    "SnapOnFrameMode",
+        "TimeSpanStart", "TimeSpanStop",   "CustomFrameRate",    "TimeMarker",      "CurrentTimeMarker"};
     EXPECT_EQ(propertyNames(settings), expected);
 
     EXPECT_EQ(settings->UpAxis().Get(), 1);

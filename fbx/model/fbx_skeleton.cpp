@@ -19,7 +19,8 @@ void FbxSkeleton::ConstructProperties(bool forceSet) {
 
 void FbxSkeleton::Construct(const FbxObject* from) {
     ParentClass::Construct(from);
-    if (from && from->GetClassId() == GetClassId()) skeletonType_ = static_cast<const FbxSkeleton*>(from)->skeletonType_;
+    if (from && from->GetClassId() == GetClassId())
+        skeletonType_ = static_cast<const FbxSkeleton*>(from)->skeletonType_;
 }
 
 bool FbxSkeleton::CopyFrom(const FbxObject& other) {
@@ -36,16 +37,22 @@ bool FbxSkeleton::SetSkeletonType(EType type) {
 
 const char* FbxSkeleton::GetTypeName() const {
     switch (skeletonType_) {
-        case eLimb: return "Limb";
-        case eLimbNode: return "LimbNode";
-        default: return "Root";
+    case eLimb:
+        return "Limb";
+    case eLimbNode:
+        return "LimbNode";
+    default:
+        return "Root";
     }
 }
 
 std::vector<FbxString> FbxSkeleton::GetTypeFlags() const {
     switch (skeletonType_) {
-        case eLimb: return {"Skeleton", "Limb"};
-        case eLimbNode: return {"Skeleton", "LimbNode"};
-        default: return {"Null", "Skeleton", "Root"};
+    case eLimb:
+        return {"Skeleton", "Limb"};
+    case eLimbNode:
+        return {"Skeleton", "LimbNode"};
+    default:
+        return {"Null", "Skeleton", "Root"};
     }
 }

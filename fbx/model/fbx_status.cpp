@@ -5,14 +5,22 @@
 
 const char* FbxStatus::DefaultMessage(EStatusCode code) {
     switch (code) {
-        case eSuccess: return "";
-        case eFailure: return "Unknown error";
-        case eInsufficientMemory: return "Insufficient memory";
-        case eInvalidParameter: return "Invalid parameter";
-        case eIndexOutOfRange: return "Index out of range";
-        case ePasswordError: return "Invalid password";
-        case eInvalidFileVersion: return "Unsupported file version";
-        case eInvalidFile: return "Invalid file";
+    case eSuccess:
+        return "";
+    case eFailure:
+        return "Unknown error";
+    case eInsufficientMemory:
+        return "Insufficient memory";
+    case eInvalidParameter:
+        return "Invalid parameter";
+    case eIndexOutOfRange:
+        return "Index out of range";
+    case ePasswordError:
+        return "Invalid password";
+    case eInvalidFileVersion:
+        return "Unsupported file version";
+    case eInvalidFile:
+        return "Invalid file";
     }
     return "Unknown error";
 }

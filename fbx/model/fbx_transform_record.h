@@ -36,7 +36,9 @@ struct LimitRecord {
     void SetMaxActive(int axis, bool on) {
         if (axis >= 0 && axis < 3) SetBit(static_cast<uint8_t>(eMaxX << axis), on);
     }
-    void SetBit(uint8_t bit, bool on) { mask = on ? static_cast<uint8_t>(mask | bit) : static_cast<uint8_t>(mask & ~bit); }
+    void SetBit(uint8_t bit, bool on) {
+        mask = on ? static_cast<uint8_t>(mask | bit) : static_cast<uint8_t>(mask & ~bit);
+    }
 
     // Same mask and same x, y, z of both bounds.
     bool SameAs(const LimitRecord& other) const;

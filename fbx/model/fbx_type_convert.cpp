@@ -177,36 +177,40 @@ bool parseDoubles(std::string_view s, double* out, int count) {
 
 bool fromString(const FbxString& text, void* dst, EFbxType type) {
     switch (type) {
-        case eFbxString: *static_cast<FbxString*>(dst) = text; return true;
-        case eFbxDouble2:
-        case eFbxDouble3:
-        case eFbxDouble4:
-        case eFbxDouble4x4: {
-            int count = type == eFbxDouble2 ? 2 : type == eFbxDouble3 ? 3 : type == eFbxDouble4 ? 4 : 16;
-            double values[16];
-            if (!parseDoubles(text, values, count)) return false;
-            std::memcpy(dst, values, sizeof(double) * count);
-            return true;
-        }
-        case eFbxDateTime: return static_cast<FbxDateTime*>(dst)->FromString(text.c_str());
-        case eFbxDistance: {
-            std::string_view s = trim(text);
-            size_t blank = s.find(' ');
-            Number n;
-            if (!parseNumber(s.substr(0, blank), n)) return false;
-            auto* d = static_cast<FbxDistance*>(dst);
-            d->value = static_cast<float>(asDouble(n));
-            if (blank != std::string_view::npos) d->unit = FbxString(trim(s.substr(blank + 1)));
-            return true;
-        }
-        case eFbxBlob:
-        case eFbxReference:
-        case eFbxUndefined: return false;
-        default: {
-            Number n;
-            if (!parseNumber(text, n)) return false;
-            return writeNumber(n, dst, type);
-        }
+    case eFbxString:
+        *static_cast<FbxString*>(dst) = text;
+        return true;
+    case eFbxDouble2:
+    case eFbxDouble3:
+    case eFbxDouble4:
+    case eFbxDouble4x4: {
+        int count = type == eFbxDouble2 ? 2 : type == eFbxDouble3 ? 3 : type == eFbxDouble4 ? 4 : 16;
+        double values[16];
+        if (!parseDoubles(text, values, count)) return false;
+        std::memcpy(dst, values, sizeof(double) * count);
+        return true;
+    }
+    case eFbxDateTime:
+        return static_cast<FbxDateTime*>(dst)->FromString(text.c_str());
+    case eFbxDistance: {
+        std::string_view s = trim(text);
+        size_t blank = s.find(' ');
+        Number n;
+        if (!parseNumber(s.substr(0, blank), n)) return false;
+        auto* d = static_cast<FbxDistance*>(dst);
+        d->value = static_cast<float>(asDouble(n));
+        if (blank != std::string_view::npos) d->unit = FbxString(trim(s.substr(blank + 1)));
+        return true;
+    }
+    case eFbxBlob:
+    case eFbxReference:
+    case eFbxUndefined:
+        return false;
+    default: {
+        Number n;
+        if (!parseNumber(text, n)) return false;
+        return writeNumber(n, dst, type);
+    }
     }
 }
 

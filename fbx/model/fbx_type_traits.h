@@ -9,9 +9,9 @@
 template <class T>
 struct FbxTypeOf;
 
-#define KIVA_FBX_TYPE_OF(T, code)               \
-    template <>                                 \
-    struct FbxTypeOf<T> {                       \
+#define KIVA_FBX_TYPE_OF(T, code) \
+    template <> \
+    struct FbxTypeOf<T> { \
         static constexpr EFbxType value = code; \
     }
 KIVA_FBX_TYPE_OF(FbxChar, eFbxChar);
@@ -44,29 +44,52 @@ KIVA_FBX_TYPE_OF(FbxDateTime, eFbxDateTime);
 template <class R, class F>
 R FbxVisitType(EFbxType type, R fallback, F&& f) {
     switch (type) {
-        case eFbxChar: return f(static_cast<FbxChar*>(nullptr));
-        case eFbxUChar: return f(static_cast<FbxUChar*>(nullptr));
-        case eFbxShort: return f(static_cast<FbxShort*>(nullptr));
-        case eFbxUShort: return f(static_cast<FbxUShort*>(nullptr));
-        case eFbxUInt: return f(static_cast<FbxUInt*>(nullptr));
-        case eFbxLongLong: return f(static_cast<FbxLongLong*>(nullptr));
-        case eFbxULongLong: return f(static_cast<FbxULongLong*>(nullptr));
-        case eFbxHalfFloat: return f(static_cast<FbxHalfFloat*>(nullptr));
-        case eFbxBool: return f(static_cast<FbxBool*>(nullptr));
-        case eFbxInt: return f(static_cast<FbxInt*>(nullptr));
-        case eFbxFloat: return f(static_cast<FbxFloat*>(nullptr));
-        case eFbxDouble: return f(static_cast<FbxDouble*>(nullptr));
-        case eFbxDouble2: return f(static_cast<FbxDouble2*>(nullptr));
-        case eFbxDouble3: return f(static_cast<FbxDouble3*>(nullptr));
-        case eFbxDouble4: return f(static_cast<FbxDouble4*>(nullptr));
-        case eFbxDouble4x4: return f(static_cast<FbxDouble4x4*>(nullptr));
-        case eFbxEnum: return f(static_cast<FbxInt*>(nullptr));
-        case eFbxString: return f(static_cast<FbxString*>(nullptr));
-        case eFbxTime: return f(static_cast<FbxTime*>(nullptr));
-        case eFbxBlob: return f(static_cast<FbxBlob*>(nullptr));
-        case eFbxDistance: return f(static_cast<FbxDistance*>(nullptr));
-        case eFbxDateTime: return f(static_cast<FbxDateTime*>(nullptr));
-        default: return fallback;
+    case eFbxChar:
+        return f(static_cast<FbxChar*>(nullptr));
+    case eFbxUChar:
+        return f(static_cast<FbxUChar*>(nullptr));
+    case eFbxShort:
+        return f(static_cast<FbxShort*>(nullptr));
+    case eFbxUShort:
+        return f(static_cast<FbxUShort*>(nullptr));
+    case eFbxUInt:
+        return f(static_cast<FbxUInt*>(nullptr));
+    case eFbxLongLong:
+        return f(static_cast<FbxLongLong*>(nullptr));
+    case eFbxULongLong:
+        return f(static_cast<FbxULongLong*>(nullptr));
+    case eFbxHalfFloat:
+        return f(static_cast<FbxHalfFloat*>(nullptr));
+    case eFbxBool:
+        return f(static_cast<FbxBool*>(nullptr));
+    case eFbxInt:
+        return f(static_cast<FbxInt*>(nullptr));
+    case eFbxFloat:
+        return f(static_cast<FbxFloat*>(nullptr));
+    case eFbxDouble:
+        return f(static_cast<FbxDouble*>(nullptr));
+    case eFbxDouble2:
+        return f(static_cast<FbxDouble2*>(nullptr));
+    case eFbxDouble3:
+        return f(static_cast<FbxDouble3*>(nullptr));
+    case eFbxDouble4:
+        return f(static_cast<FbxDouble4*>(nullptr));
+    case eFbxDouble4x4:
+        return f(static_cast<FbxDouble4x4*>(nullptr));
+    case eFbxEnum:
+        return f(static_cast<FbxInt*>(nullptr));
+    case eFbxString:
+        return f(static_cast<FbxString*>(nullptr));
+    case eFbxTime:
+        return f(static_cast<FbxTime*>(nullptr));
+    case eFbxBlob:
+        return f(static_cast<FbxBlob*>(nullptr));
+    case eFbxDistance:
+        return f(static_cast<FbxDistance*>(nullptr));
+    case eFbxDateTime:
+        return f(static_cast<FbxDateTime*>(nullptr));
+    default:
+        return fallback;
     }
 }
 

@@ -12,24 +12,24 @@
 namespace tarn::kivaread {
 
 class IndexRangeMax {
- public:
-  // `data` holds `count` little-endian indices of 2 bytes, or of 4 when
-  // `wide`; it must stay valid while the object is used.
-  IndexRangeMax(const std::uint8_t* data, std::uint64_t count, bool wide);
+public:
+    // `data` holds `count` little-endian indices of 2 bytes, or of 4 when
+    // `wide`; it must stay valid while the object is used.
+    IndexRangeMax(const std::uint8_t* data, std::uint64_t count, bool wide);
 
-  // The largest value among indices first .. end - 1; first < end <= count.
-  std::uint32_t max(std::uint64_t first, std::uint64_t end) const;
-  // The value of index i.
-  std::uint32_t value(std::uint64_t i) const;
+    // The largest value among indices first .. end - 1; first < end <= count.
+    std::uint32_t max(std::uint64_t first, std::uint64_t end) const;
+    // The value of index i.
+    std::uint32_t value(std::uint64_t i) const;
 
- private:
-  static constexpr std::uint64_t kBlock = 256;
-  std::uint32_t scan(std::uint64_t first, std::uint64_t end) const;
+private:
+    static constexpr std::uint64_t kBlock = 256;
+    std::uint32_t scan(std::uint64_t first, std::uint64_t end) const;
 
-  const std::uint8_t* data_;
-  bool wide_;
-  // levels_[k][b]: the largest value in blocks b .. b + 2^k - 1.
-  std::vector<std::vector<std::uint32_t>> levels_;
+    const std::uint8_t* data_;
+    bool wide_;
+    // levels_[k][b]: the largest value in blocks b .. b + 2^k - 1.
+    std::vector<std::vector<std::uint32_t>> levels_;
 };
 
 }  // namespace tarn::kivaread

@@ -34,26 +34,26 @@ inline constexpr std::size_t kTransformSize = 28;
 
 // The nine tables in the order of the header's count and offset fields.
 enum class Table : int {
-  Strings,
-  Textures,
-  VertexBuffers,
-  IndexBuffers,
-  Materials,
-  Meshes,
-  Skeletons,
-  Models,
-  Animations,
+    Strings,
+    Textures,
+    VertexBuffers,
+    IndexBuffers,
+    Materials,
+    Meshes,
+    Skeletons,
+    Models,
+    Animations,
 };
 inline constexpr int kTableCount = 9;
-inline constexpr std::size_t kHeaderCountsAt = 8;    // u16 per table
-inline constexpr std::size_t kHeaderReservedAt = 26; // 6 zero bytes
-inline constexpr std::size_t kHeaderOffsetsAt = 32;  // u64 per table
+inline constexpr std::size_t kHeaderCountsAt = 8;     // u16 per table
+inline constexpr std::size_t kHeaderReservedAt = 26;  // 6 zero bytes
+inline constexpr std::size_t kHeaderOffsetsAt = 32;   // u64 per table
 
 struct TableInfo {
-  const char* name;     // "string", used in fault messages ("string 3: ...")
-  const char* jsonKey;  // "strings"
-  const char* title;    // "strings", heading of the text dump
-  std::size_t rowSize;
+    const char* name;     // "string", used in fault messages ("string 3: ...")
+    const char* jsonKey;  // "strings"
+    const char* title;    // "strings", heading of the text dump
+    std::size_t rowSize;
 };
 inline constexpr TableInfo kTables[kTableCount] = {
     {"string", "strings", "strings", kStringRowSize},
@@ -68,21 +68,19 @@ inline constexpr TableInfo kTables[kTableCount] = {
 };
 
 struct TextureFormatInfo {
-  const char* name;
-  std::uint32_t bytesPerBlock;
-  std::uint32_t blockWidth;
-  std::uint32_t blockHeight;
+    const char* name;
+    std::uint32_t bytesPerBlock;
+    std::uint32_t blockWidth;
+    std::uint32_t blockHeight;
 };
 inline constexpr TextureFormatInfo kTextureFormats[] = {
-    {"Invalid", 0, 0, 0},  {"A8R8G8B8", 4, 1, 1}, {"X8R8G8B8", 4, 1, 1},  {"A8B8G8R8", 4, 1, 1},
-    {"DXT1", 8, 4, 4},     {"DXT3", 16, 4, 4},    {"DXT5", 16, 4, 4},     {"R32F", 4, 1, 1},
-    {"RG32F", 8, 1, 1},    {"RGBA32F", 16, 1, 1}, {"R16F", 2, 1, 1},      {"RG16F", 4, 1, 1},
-    {"RGBA16F", 8, 1, 1},  {"R8", 1, 1, 1},       {"R8G8", 2, 1, 1},      {"D0", 0, 1, 1},
-    {"D16", 2, 1, 1},      {"D24", 3, 1, 1},      {"D24S8", 4, 1, 1},     {"D32", 4, 1, 1},
-    {"R8I", 1, 1, 1},      {"R8UI", 1, 1, 1},     {"R16I", 2, 1, 1},      {"R16UI", 2, 1, 1},
-    {"RG8I", 2, 1, 1},     {"RG8UI", 2, 1, 1},    {"RG16I", 4, 1, 1},     {"RG16UI", 4, 1, 1},
-    {"R32I", 4, 1, 1},     {"R32UI", 4, 1, 1},    {"Shadow16", 2, 1, 1},  {"Shadow24", 3, 1, 1},
-    {"Shadow32", 4, 1, 1},
+    {"Invalid", 0, 0, 0},  {"A8R8G8B8", 4, 1, 1}, {"X8R8G8B8", 4, 1, 1}, {"A8B8G8R8", 4, 1, 1}, {"DXT1", 8, 4, 4},
+    {"DXT3", 16, 4, 4},    {"DXT5", 16, 4, 4},    {"R32F", 4, 1, 1},     {"RG32F", 8, 1, 1},    {"RGBA32F", 16, 1, 1},
+    {"R16F", 2, 1, 1},     {"RG16F", 4, 1, 1},    {"RGBA16F", 8, 1, 1},  {"R8", 1, 1, 1},       {"R8G8", 2, 1, 1},
+    {"D0", 0, 1, 1},       {"D16", 2, 1, 1},      {"D24", 3, 1, 1},      {"D24S8", 4, 1, 1},    {"D32", 4, 1, 1},
+    {"R8I", 1, 1, 1},      {"R8UI", 1, 1, 1},     {"R16I", 2, 1, 1},     {"R16UI", 2, 1, 1},    {"RG8I", 2, 1, 1},
+    {"RG8UI", 2, 1, 1},    {"RG16I", 4, 1, 1},    {"RG16UI", 4, 1, 1},   {"R32I", 4, 1, 1},     {"R32UI", 4, 1, 1},
+    {"Shadow16", 2, 1, 1}, {"Shadow24", 3, 1, 1}, {"Shadow32", 4, 1, 1},
 };
 inline constexpr std::uint32_t kTextureFormatCount = sizeof(kTextureFormats) / sizeof(kTextureFormats[0]);
 inline constexpr std::uint8_t kFormatInvalid = 0;
@@ -96,8 +94,8 @@ inline constexpr std::uint8_t kMipCountMask = 0x7F;
 inline constexpr std::uint8_t kSrgbBit = 0x80;
 
 struct VertexFormatInfo {
-  const char* name;
-  std::uint32_t stride;
+    const char* name;
+    std::uint32_t stride;
 };
 inline constexpr VertexFormatInfo kVertexFormats[] = {
     {"Position3", 12},
@@ -119,8 +117,8 @@ inline constexpr VertexFormatInfo kVertexFormats[] = {
 inline constexpr std::uint32_t kVertexFormatCount = sizeof(kVertexFormats) / sizeof(kVertexFormats[0]);
 
 struct IndexFormatInfo {
-  const char* name;
-  std::uint32_t size;
+    const char* name;
+    std::uint32_t size;
 };
 inline constexpr IndexFormatInfo kIndexFormats[] = {{"IF_UInt16", 2}, {"IF_UInt32", 4}};
 inline constexpr std::uint32_t kIndexFormatCount = 2;

@@ -15,28 +15,28 @@
 namespace {
 
 class NullBuffer : public std::streambuf {
- protected:
-  int overflow(int c) override { return traits_type::not_eof(c); }
-  std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
+protected:
+    int overflow(int c) override { return traits_type::not_eof(c); }
+    std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
 };
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace tarn::kivaread;
-  KivaReader reader(std::span<const std::uint8_t>(data, size));
-  KivaFile file;
-  if (!reader.read(file)) return 0;
-  NullBuffer buffer;
-  std::ostream out(&buffer);
-  printKivaText(file, out);
-  printKivaJson(file, out);
-  // Decode the texels too, bounded so that a huge declared texture cannot
-  // make one input slow.
-  std::vector<std::uint8_t> rgba;
-  for (const KivaTexture& texture : file.textures)
-    if (std::uint64_t(texture.width) * texture.height <= 4096)
-      for (std::uint32_t level = 0; level < texture.mipCount && level < 4; ++level)
-        decodeTextureLevel(file, texture, level, rgba);
-  return 0;
+    using namespace tarn::kivaread;
+    KivaReader reader(std::span<const std::uint8_t>(data, size));
+    KivaFile file;
+    if (!reader.read(file)) return 0;
+    NullBuffer buffer;
+    std::ostream out(&buffer);
+    printKivaText(file, out);
+    printKivaJson(file, out);
+    // Decode the texels too, bounded so that a huge declared texture cannot
+    // make one input slow.
+    std::vector<std::uint8_t> rgba;
+    for (const KivaTexture& texture : file.textures)
+        if (std::uint64_t(texture.width) * texture.height <= 4096)
+            for (std::uint32_t level = 0; level < texture.mipCount && level < 4; ++level)
+                decodeTextureLevel(file, texture, level, rgba);
+    return 0;
 }

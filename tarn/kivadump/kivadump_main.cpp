@@ -4,7 +4,7 @@
 #include "tarn/kivadump/kivadump.h"
 
 int main(int argc, char** argv) {
-  std::ios::sync_with_stdio(false);
-  return tarn::kivaread::runKivadump(std::span<const char* const>(argv + 1, argc > 0 ? argc - 1 : 0), std::cout,
-                                     std::cerr);
+    std::ios::sync_with_stdio(false);
+    return tarn::kivaread::runKivadump(std::span<const char* const>(argv + 1, argc > 0 ? argc - 1 : 0), std::cout,
+                                       std::cerr);
 }

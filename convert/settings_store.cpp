@@ -1,10 +1,10 @@
-#include "tool/settings_store.h"
+#include "convert/settings_store.h"
 
 #include <filesystem>
 #include <fstream>
 
-#include "tool/dependency_set.h"
-#include "tool/error_reporter.h"
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <sstream>
 #include <string>
 
-#include "tool/error_reporter.h"
-#include "tool/settings.h"
+#include "convert/error_reporter.h"
+#include "convert/settings.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::ostringstream sink;

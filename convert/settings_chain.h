@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/settings_file.h"
+#include "convert/settings_file.h"
 
 class ErrorReporter;
 

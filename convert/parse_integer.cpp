@@ -1,4 +1,4 @@
-#include "tool/parse_integer.h"
+#include "convert/parse_integer.h"
 
 bool parseInteger(std::string_view text, int32_t& out) {
     size_t i = 0;

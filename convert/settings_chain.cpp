@@ -1,8 +1,8 @@
-#include "tool/settings_chain.h"
+#include "convert/settings_chain.h"
 
 #include "qe/print_escaped.h"
-#include "tool/error_reporter.h"
-#include "tool/parse_integer.h"
+#include "convert/error_reporter.h"
+#include "convert/parse_integer.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "tool/settings_chain.h"
-#include "tool/settings_file.h"
+#include "convert/settings_chain.h"
+#include "convert/settings_file.h"
 
 class DependencySet;
 class ErrorReporter;
@@ -17,8 +17,7 @@ class ErrorReporter;
 // or not, so a build notices a settings file that appears later.
 class SettingsStore {
 public:
-    SettingsStore(DependencySet& dependencies, ErrorReporter& errors)
-        : dependencies_(dependencies), errors_(errors) {}
+    SettingsStore(DependencySet& dependencies, ErrorReporter& errors) : dependencies_(dependencies), errors_(errors) {}
     SettingsStore(const SettingsStore&) = delete;
     SettingsStore& operator=(const SettingsStore&) = delete;
 

@@ -1,4 +1,4 @@
-#include "tool/settings.h"
+#include "convert/settings.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "image/scratch_dir_testing.h"
-#include "tool/dependency_set.h"
-#include "tool/error_reporter.h"
+#include "qe/scratch_dir_testing.h"
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
 
 namespace {
 
@@ -34,8 +34,8 @@ TEST(SettingsGrammar, KeysValuesAndWhiteSpace) {
     EXPECT_EQ(empty.value, "");
     EXPECT_TRUE(split("key:   ").valid);
     for (const char* good : {"1: x", "1a: x", "$a-b: x", "-x: y", "A-Z$: q"}) EXPECT_TRUE(split(good).valid) << good;
-    for (const char* bad : {"  key : v", "a1: x", "11: x", "a_b: x", "# comment", "key", "key value", ": v",
-                            "k\xe9y: v", "_a: b"})
+    for (const char* bad :
+         {"  key : v", "a1: x", "11: x", "a_b: x", "# comment", "key", "key value", ": v", "k\xe9y: v", "_a: b"})
         EXPECT_FALSE(split(bad).valid) << bad;
     EXPECT_EQ(split("$a-b: x").key, "$a-b");
 }
@@ -69,8 +69,8 @@ TEST(ParseInteger, AcceptsOnlyPlainDecimalsIn32Bits) {
         EXPECT_EQ(v, value) << text;
     }
     v = 5;
-    for (const char* bad : {"2147483648", "-2147483649", "99999999999", "", "-", "+1", " 1", "1 ", "1x", "0x10",
-                            "--1", "4294967296"}) {
+    for (const char* bad :
+         {"2147483648", "-2147483649", "99999999999", "", "-", "+1", " 1", "1 ", "1x", "0x10", "--1", "4294967296"}) {
         EXPECT_FALSE(parseInteger(bad, v)) << bad;
         EXPECT_EQ(v, 5) << bad;
     }
@@ -89,12 +89,10 @@ TEST(SettingsStore, WalkFollowsTheTextOfThePath) {
     using V = std::vector<std::string>;
     EXPECT_EQ(walk("b.png"), (V{"b.png.settings", "default.settings"}));
     EXPECT_EQ(walk("a/b.png"), (V{"a/b.png.settings", "a/default.settings", "default.settings"}));
-    EXPECT_EQ(walk("art/crate/skin.png"),
-              (V{"art/crate/default.settings", "art/crate/skin.png.settings", "art/default.settings",
-                 "default.settings"}));
+    EXPECT_EQ(walk("art/crate/skin.png"), (V{"art/crate/default.settings", "art/crate/skin.png.settings",
+                                             "art/default.settings", "default.settings"}));
     EXPECT_EQ(walk("C:/a/b.png"), (V{"C:/a/b.png.settings", "C:/a/default.settings", "C:/default.settings"}));
-    EXPECT_EQ(walk("C:\\a\\b.png"),
-              (V{"C:\\a/default.settings", "C:\\a\\b.png.settings", "C:\\default.settings"}));
+    EXPECT_EQ(walk("C:\\a\\b.png"), (V{"C:\\a/default.settings", "C:\\a\\b.png.settings", "C:\\default.settings"}));
     EXPECT_EQ(walk("/no-such-dir-kiva/x/b.tga"),
               (V{"/default.settings", "/no-such-dir-kiva/default.settings", "/no-such-dir-kiva/x/b.tga.settings",
                  "/no-such-dir-kiva/x/default.settings"}));

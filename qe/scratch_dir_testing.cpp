@@ -1,4 +1,4 @@
-#include "image/scratch_dir_testing.h"
+#include "qe/scratch_dir_testing.h"
 
 #include <cstdlib>
 #include <filesystem>

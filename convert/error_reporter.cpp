@@ -1,4 +1,4 @@
-#include "tool/error_reporter.h"
+#include "convert/error_reporter.h"
 
 #include "qe/formatter.h"
 

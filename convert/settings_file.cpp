@@ -1,8 +1,8 @@
-#include "tool/settings_file.h"
+#include "convert/settings_file.h"
 
 #include <string>
 
-#include "tool/error_reporter.h"
+#include "convert/error_reporter.h"
 
 namespace {
 
@@ -14,8 +14,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 }  // namespace
 
-bool splitSettingLine(std::string_view line, std::string_view& key, std::string_view& value,
-                      bool& empty) {
+bool splitSettingLine(std::string_view line, std::string_view& key, std::string_view& value, bool& empty) {
     size_t end = line.size();
     while (end > 0 && isSpace(line[end - 1])) --end;
     line = line.substr(0, end);

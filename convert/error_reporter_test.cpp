@@ -1,10 +1,10 @@
-#include "tool/error_reporter.h"
+#include "convert/error_reporter.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "tool/dependency_set.h"
+#include "convert/dependency_set.h"
 
 namespace {
 

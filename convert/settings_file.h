@@ -41,5 +41,4 @@ private:
 // letters up to ':'; white space may stand before the key and between ':'
 // and the value. Returns false for an invalid line; an empty line is
 // neither valid nor invalid and gives false with empty set.
-bool splitSettingLine(std::string_view line, std::string_view& key, std::string_view& value,
-                      bool& empty);
+bool splitSettingLine(std::string_view line, std::string_view& key, std::string_view& value, bool& empty);
