@@ -21,6 +21,9 @@ void Fail(const char* what) { throw std::logic_error(what); }
 
 FbxBinaryBuilder::FbxBinaryBuilder(uint32_t version, bool bigEndian, bool olderMagic)
     : version_(version), bigEndian_(bigEndian) {
+    // Room for the header up front; it also keeps GCC 12 at -O3 from a false
+    // -Wstringop-overflow on the first insert into an empty vector.
+    bytes_.reserve(4096);
     PutBytes(olderMagic ? kMagicOld : kMagicNew, 20);
     bytes_.push_back(0x00);
     bytes_.push_back(0x1A);
