@@ -3,6 +3,9 @@
 #include <string>
 #include <string_view>
 
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
+#include "convert/settings.h"
 #include "image/convert_image.h"
 #include "scene/convert_scene.h"
 #include "tarn/kiva_builder.h"
@@ -10,10 +13,7 @@
 #include "tarn/kiva_writer.h"
 #include "tarn/material_cache.h"
 #include "tool/command_line.h"
-#include "convert/dependency_set.h"
-#include "convert/error_reporter.h"
 #include "tool/output_file.h"
-#include "convert/settings.h"
 
 namespace {
 
@@ -31,11 +31,16 @@ InputKind inputKind(std::string_view path) {
 }
 
 // Writes the output and then the dependency list; false after reporting a
-// failure.
+// failure, a container that passes a limit of the file format included.
 bool writeResults(const Options& options, const tarn::KivaContainer& container, const DependencySet& dependencies,
                   ErrorReporter& errors, std::ostream& out) {
-    const std::vector<uint8_t> bytes = tarn::serializeKiva(container);
     const std::string& outputPath = *options.outputPath;
+    const tarn::SerializedKiva file = tarn::serializeKiva(container);
+    if (file.limit) {
+        errors.error(outputPath) << file.limit.passed << "\n";
+        return false;
+    }
+    const std::vector<uint8_t>& bytes = file.bytes;
     switch (
         writeFileReplacing(outputPath, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()))) {
     case WriteOutcome::Written:
