@@ -30,8 +30,9 @@ InputKind inputKind(std::string_view path) {
     return InputKind::Unknown;
 }
 
-// Writes the output and then the dependency list; false after reporting a
-// failure, a container that passes a limit of the file format included.
+// Writes the output and the dependency list; false after reporting a
+// failure. Both go to temporary files first and replace their targets only
+// when both are complete, so that a failure leaves both targets as they were.
 bool writeResults(const Options& options, const tarn::KivaContainer& container, const DependencySet& dependencies,
                   ErrorReporter& errors, std::ostream& out) {
     const std::string& outputPath = *options.outputPath;
@@ -40,9 +41,9 @@ bool writeResults(const Options& options, const tarn::KivaContainer& container, 
         errors.error(outputPath) << file.limit.passed << "\n";
         return false;
     }
-    const std::vector<uint8_t>& bytes = file.bytes;
-    switch (
-        writeFileReplacing(outputPath, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()))) {
+    StagedFile output;
+    switch (output.stage(outputPath,
+                         std::string_view(reinterpret_cast<const char*>(file.bytes.data()), file.bytes.size()))) {
     case WriteOutcome::Written:
         break;
     case WriteOutcome::CouldNotOpen:
@@ -53,21 +54,31 @@ bool writeResults(const Options& options, const tarn::KivaContainer& container, 
         return false;
     }
 
-    if (!options.dependencyPath) return true;
-    const std::string& dependencyPath = *options.dependencyPath;
-    if (dependencyPath == "-") {
+    const bool listToStdout = options.dependencyPath && *options.dependencyPath == "-";
+    const bool listToFile = options.dependencyPath && !listToStdout;
+    std::string list;
+    StagedFile listFile;
+    if (listToFile) {
+        for (const std::string& p : dependencies.paths()) {
+            list += p;
+            list += '\n';
+        }
+        if (listFile.stage(*options.dependencyPath, list) != WriteOutcome::Written) {
+            errors.error(*options.dependencyPath) << "could not write\n";
+            return false;
+        }
+    }
+    if (output.commit() != WriteOutcome::Written) {
+        errors.error(outputPath) << "failed trying to write\n";
+        return false;
+    }
+    if (listToFile && listFile.commit() != WriteOutcome::Written) {
+        errors.error(*options.dependencyPath) << "could not write\n";
+        return false;
+    }
+    if (listToStdout) {
         dependencies.writeTo(out);
         out.flush();
-        return true;
-    }
-    std::string list;
-    for (const std::string& p : dependencies.paths()) {
-        list += p;
-        list += '\n';
-    }
-    if (writeFileReplacing(dependencyPath, list) != WriteOutcome::Written) {
-        errors.error(dependencyPath) << "could not write\n";
-        return false;
     }
     return true;
 }

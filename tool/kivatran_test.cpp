@@ -159,29 +159,30 @@ TEST_F(Kivatran, OtherTextureModesRefuseImageInputs) {
 TEST_F(Kivatran, FailedWritesAreReportedAndKeepOldBytes) {
     image("a.png", 64, 64, 4);
     dir.makeDir("isdir");
-    Result r = run({"-o", "isdir", "a.png"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "isdir: could not open for writing\n1 error\n");
-    r = run({"-o", "no/such/dir.kiva", "a.png", "--dependencies", "d.txt"});
-    EXPECT_EQ(r.err, "no/such/dir.kiva: could not open for writing\n1 error\n");
+    dir.write("old.kiva", "old");
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"-o", "isdir", "a.png"}, "isdir: could not open for writing\n"},
+        {{"-o", "no/such/dir.kiva", "a.png", "--dependencies", "d.txt"},
+         "no/such/dir.kiva: could not open for writing\n"},
+        // The output is complete, the list cannot be written: neither is.
+        {{"-o", "old.kiva", "a.png", "--dependencies", "isdir"}, "isdir: could not write\n"},
+        {{"-o", "old.kiva", "a.png", "--dependencies", "no/such/d.txt"}, "no/such/d.txt: could not write\n"},
+    };
+    for (const auto& [args, message] : cases) {
+        Result r = run(args);
+        EXPECT_EQ(r.code, 1);
+        EXPECT_EQ(r.err, message + "1 error\n");
+    }
     EXPECT_FALSE(fileExists(dir.file("d.txt")));
 
-    // The output is written, the list is not: exit code 1.
-    r = run({"-o", "o.kiva", "a.png", "--dependencies", "isdir"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "isdir: could not write\n1 error\n");
-    EXPECT_TRUE(fileExists(dir.file("o.kiva")));
-
     // A full disk: the file size limit stops the write half-way.
-    dir.write("full.kiva", "old");
-    r = run({"-o", "full.kiva", "a.png"}, "ulimit -f 1 && trap '' XFSZ && ");
+    Result r = run({"-o", "old.kiva", "a.png"}, "ulimit -f 1 && trap '' XFSZ && ");
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "full.kiva: failed trying to write\n1 error\n");
-    EXPECT_EQ(readFile(dir.file("full.kiva")), "old");
+    EXPECT_EQ(r.err, "old.kiva: failed trying to write\n1 error\n");
+    EXPECT_EQ(readFile(dir.file("old.kiva")), "old");
     size_t files = 0;
-    for (auto& e : std::filesystem::directory_iterator(dir.path()))
-        if (e.path().filename().string().rfind("full.kiva", 0) == 0) ++files;
-    EXPECT_EQ(files, 1u);  // no temporary file left behind
+    for (auto& e : std::filesystem::directory_iterator(dir.path())) files += e.path().filename() != "default.settings";
+    EXPECT_EQ(files, 3u) << "a.png, isdir and old.kiva; no temporary file left behind";
 }
 
 // The largest inputs images can give: a side above 65535 texels, and more
