@@ -137,7 +137,7 @@ TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {
               "png: unrecognized extension\n"
               ": unrecognized extension\n"
               "scene.FBX: scene input is not supported by this build\n"
-              "missing.tga: could not load: can't fopen\n"
+              "missing.tga: could not load: cannot read the file (No such file or directory)\n"
               "5 errors\n");
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(readFile(dir.file("out.kiva")), "previous");
@@ -202,6 +202,33 @@ TEST_F(Kivatran, ContainerLimitsAreOneErrorAndNothingIsWritten) {
     EXPECT_EQ(r.err, "out.kiva: too many textures in one container (at most 65535)\n1 error\n");
     EXPECT_EQ(readFile(dir.file("out.kiva")), "old");
     EXPECT_FALSE(fileExists(dir.file("deps.txt")));
+}
+
+// Files that end before the data their headers promise.
+TEST_F(Kivatran, DamagedImagesAreErrors) {
+    image("good.png", 4, 4, 3);
+    const std::string png = readFile(dir.file("good.png"));
+    dir.write("cut.png", png.substr(0, png.size() - 20));
+    // 4x4 true-colour TGA headers: raw, and run-length encoded.
+    const std::string raw("\0\0\2\0\0\0\0\0\0\0\0\0\4\0\4\0\x18\0", 18);
+    std::string rle = raw;
+    rle[2] = 10;
+    dir.write("bare.tga", raw);
+    dir.write("short.tga", raw + std::string(16 * 3 - 1, 'x'));
+    dir.write("runs.tga", rle + std::string("\x8F\1\2", 3));  // a run of 16 with 2 of 3 bytes
+    dir.write("out.kiva", "old");
+    Result r = run({"-o", "out.kiva", "good.png", "cut.png", "bare.tga", "short.tga", "runs.tga"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err,
+              "cut.png: could not load: truncated image data\n"
+              "bare.tga: could not load: truncated image data\n"
+              "short.tga: could not load: truncated image data\n"
+              "runs.tga: could not load: truncated image data\n4 errors\n");
+    EXPECT_EQ(readFile(dir.file("out.kiva")), "old");
+    // Complete, they convert.
+    dir.write("short.tga", raw + std::string(16 * 3, 'x'));
+    dir.write("runs.tga", rle + std::string("\x8F\1\2\3", 4));
+    EXPECT_EQ(run({"-o", "out.kiva", "short.tga", "runs.tga"}).err, "");
 }
 
 }  // namespace
