@@ -65,7 +65,7 @@ public:
         put32(arena_.at(header_), kKivaMagic);
         put32(arena_.at(header_) + 4, kKivaVersion);
         // A step that passes a limit ends the run; what it wrote is dropped.
-        writeModels();
+        if (!limit_) writeModels();
         if (!limit_) writeMeshes();
         if (!limit_) writeMaterials();
         if (!limit_) writeTextures();
@@ -79,12 +79,12 @@ public:
     }
 
 private:
-    // Keeps the first limit passed. False, so that a row's check can end
-    // its step with `return fail(...)`.
+    // Keeps the first limit passed; false.
     bool fail(KivaLimit limit) {
         if (!limit_) limit_ = std::move(limit);
         return false;
     }
+    // Whether a row is within the limits; keeps the limit when it is not.
     bool fits(KivaLimit limit) { return limit ? fail(std::move(limit)) : true; }
 
     template <class T>
