@@ -9,25 +9,17 @@
 namespace {
 
 TEST(ErrorReporter, HeadsEachMessageAndSummarisesLast) {
-    std::ostringstream out;
-    {
-        ErrorReporter errors(out);
-        errors.error("a.png") << "could not load: x\n";
-        errors.errorAtLine("d/default.settings", 12) << "invalid setting\n";
-        EXPECT_EQ(errors.errorCount(), 2u);
+    for (int count : {0, 1, 2}) {
+        std::ostringstream out;
+        {
+            ErrorReporter errors(out);
+            if (count > 0) errors.error("a.png") << "could not load: x\n";
+            if (count > 1) errors.errorAtLine("d/default.settings", 12) << "invalid setting\n";
+        }
+        const char* expected[] = {"", "a.png: could not load: x\n1 error\n",
+                                  "a.png: could not load: x\nd/default.settings: line 12: invalid setting\n2 errors\n"};
+        EXPECT_EQ(out.str(), expected[count]);
     }
-    EXPECT_EQ(out.str(), "a.png: could not load: x\nd/default.settings: line 12: invalid setting\n2 errors\n");
-}
-
-TEST(ErrorReporter, SingularSummaryAndNoneWithoutErrors) {
-    std::ostringstream one, none;
-    {
-        ErrorReporter errors(one);
-        errors.error("x") << "m\n";
-    }
-    { ErrorReporter errors(none); }
-    EXPECT_EQ(one.str(), "x: m\n1 error\n");
-    EXPECT_EQ(none.str(), "");
 }
 
 TEST(DependencySet, SortedByteWiseWithoutDuplicates) {
@@ -37,7 +29,6 @@ TEST(DependencySet, SortedByteWiseWithoutDuplicates) {
     deps.writeTo(out);
     // Unsigned bytes: 0xE9 sorts after every ASCII byte, upper case first.
     EXPECT_EQ(out.str(), "B\na\na/\na/default.settings\nab\na\xe9\nb\n");
-    EXPECT_EQ(deps.size(), 7u);
 }
 
 }  // namespace

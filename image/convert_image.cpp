@@ -3,22 +3,22 @@
 #include <regex>
 #include <string>
 
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
+#include "convert/settings.h"
 #include "image/decoded_image.h"
 #include "image/encoder.h"
 #include "image/format_words.h"
 #include "image/halve.h"
 #include "image/mip_chain.h"
 #include "qe/path_text.h"
-#include "convert/dependency_set.h"
-#include "convert/error_reporter.h"
-#include "convert/settings.h"
+#include "tarn/kiva_limits.h"
 
 namespace {
 
 // Every texture this tool makes is a plain, static texture.
 constexpr uint32_t kTextureUsage = 7;
-// Width and height are 16-bit fields of the file.
-constexpr int32_t kMaxTextureSide = 65535;
+constexpr int32_t kMaxTextureSide = int32_t(tarn::kKivaMaxTextureSide);
 
 // The name in the resource tree: the directory of the settings file that
 // holds "resource-root" is replaced by the setting's value, and backslashes
@@ -37,9 +37,8 @@ bool nameIsSrgb(const char* path, const std::string& name, const SettingsChain& 
         const std::regex re(expression, std::regex::ECMAScript);
         return std::regex_search(name, re);
     } catch (const std::regex_error& e) {
-        // The message ends without a line end, as it always has.
         errors.error(path) << "Bad regular expression (" << expression
-                           << ") for srgb-texname-expression in .settings file: " << e.what();
+                           << ") for srgb-texname-expression in .settings file: " << e.what() << "\n";
         return false;
     }
 }

@@ -18,14 +18,9 @@ namespace {
 using tarn::TextureFormat;
 
 TEST(MipChain, FullCountEndsAtTwoByTwoForPowersOfTwo) {
-    EXPECT_EQ(fullMipCount(256, 256), 8);
-    EXPECT_EQ(fullMipCount(100, 100), 7);
-    EXPECT_EQ(fullMipCount(1, 1), 1);
-    EXPECT_EQ(fullMipCount(2, 2), 1);
-    EXPECT_EQ(fullMipCount(3, 3), 2);
-    EXPECT_EQ(fullMipCount(8, 2), 3);
-    EXPECT_EQ(fullMipCount(1, 4096), 12);
-    EXPECT_EQ(fullMipCount(65535, 1), 16);
+    const int cases[][3] = {{256, 256, 8}, {100, 100, 7}, {1, 1, 1},     {2, 2, 1},
+                            {3, 3, 2},     {8, 2, 3},     {1, 4096, 12}, {65535, 1, 16}};
+    for (const auto& [w, h, count] : cases) EXPECT_EQ(fullMipCount(w, h), count) << w << "x" << h;
 }
 
 struct Chain {

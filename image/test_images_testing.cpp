@@ -30,35 +30,3 @@ bool writePng(const std::string& path, int width, int height, int channels, cons
 bool writeTga(const std::string& path, int width, int height, int channels, const std::vector<uint8_t>& pixels) {
     return stbi_write_tga(path.c_str(), width, height, channels, pixels.data()) != 0;
 }
-
-std::vector<uint8_t> toRgba(const std::vector<uint8_t>& pixels, int channels) {
-    const size_t n = pixels.size() / size_t(channels);
-    std::vector<uint8_t> out(n * 4);
-    for (size_t i = 0; i < n; ++i) {
-        const uint8_t* s = &pixels[i * size_t(channels)];
-        uint8_t* d = &out[i * 4];
-        switch (channels) {
-        case 1:
-            d[0] = d[1] = d[2] = s[0];
-            d[3] = 255;
-            break;
-        case 2:
-            d[0] = d[1] = d[2] = s[0];
-            d[3] = s[1];
-            break;
-        case 3:
-            d[0] = s[0];
-            d[1] = s[1];
-            d[2] = s[2];
-            d[3] = 255;
-            break;
-        default:
-            d[0] = s[0];
-            d[1] = s[1];
-            d[2] = s[2];
-            d[3] = s[3];
-            break;
-        }
-    }
-    return out;
-}

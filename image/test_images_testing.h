@@ -14,6 +14,3 @@ std::vector<uint8_t> patternPixels(int width, int height, int channels, uint32_t
 // 4 RGBA). False when the file could not be written.
 bool writePng(const std::string& path, int width, int height, int channels, const std::vector<uint8_t>& pixels);
 bool writeTga(const std::string& path, int width, int height, int channels, const std::vector<uint8_t>& pixels);
-
-// The same pixels widened to RGBA as the decoder delivers them.
-std::vector<uint8_t> toRgba(const std::vector<uint8_t>& pixels, int channels);

@@ -11,117 +11,102 @@
 namespace tarn {
 namespace {
 
-struct LevelCase {
-    TextureFormat format;
-    int width, height, mips;
-    std::vector<KivaBuilderTexture::Level> levels;
-    size_t dataSize;
-};
-
-class TextureLevels : public ::testing::TestWithParam<LevelCase> {};
-
-TEST_P(TextureLevels, OffsetsAndPitchesFollowTheFormatsBlocks) {
-    const LevelCase& c = GetParam();
+TEST(KivaBuilder, TextureLevelsFollowTheFormatsBlocksAndTheHalvingBySteps) {
+    struct Case {
+        TextureFormat format;
+        int width, height, mips;
+        std::vector<KivaBuilderTexture::Level> levels;  // offset, pitch
+        size_t dataSize;
+    };
+    const Case cases[] = {
+        {TextureFormat::DXT1, 5, 3, 3, {{0, 16}, {16, 8}, {24, 8}}, 32},  // 2x1 blocks, then 1x1, 1x1
+        {TextureFormat::DXT3, 8, 8, 4, {{0, 32}, {64, 16}, {80, 16}, {96, 16}}, 112},
+        {TextureFormat::A8R8G8B8, 1, 1, 3, {{0, 4}, {4, 4}, {8, 4}}, 12},  // 1x1 stays 1x1
+        {TextureFormat::R8, 5, 3, 3, {{0, 5}, {15, 2}, {17, 1}}, 18},      // 5x3, 2x1, 1x1
+        {TextureFormat::RGBA32F, 2, 2, 1, {{0, 32}}, 64},
+        {TextureFormat::Invalid, 4, 4, 2, {{0, 0}, {0, 0}}, 0},
+    };
     KivaContainer container;
     KivaBuilder builder(&container);
-    auto texture = builder.createTexture(c.format, c.width, c.height, c.mips, 7, 0);
-    const auto& levels = static_cast<KivaBuilderTexture*>(texture.get())->levels();
-    ASSERT_EQ(levels.size(), c.levels.size());
-    for (size_t i = 0; i < levels.size(); ++i) {
-        EXPECT_EQ(levels[i].offset, c.levels[i].offset) << "level " << i;
-        EXPECT_EQ(levels[i].pitch, c.levels[i].pitch) << "level " << i;
+    for (const Case& c : cases) {
+        auto texture = builder.createTexture(c.format, c.width, c.height, c.mips, 7, 0);
+        const auto& levels = static_cast<KivaBuilderTexture*>(texture.get())->levels();
+        ASSERT_EQ(levels.size(), c.levels.size());
+        for (size_t i = 0; i < levels.size(); ++i) {
+            EXPECT_EQ(levels[i].offset, c.levels[i].offset) << c.width << "x" << c.height << " level " << i;
+            EXPECT_EQ(levels[i].pitch, c.levels[i].pitch) << c.width << "x" << c.height << " level " << i;
+        }
+        const TextureRecord* record = builder.textureRecordOf(texture);
+        EXPECT_EQ(record->data.size(), c.dataSize);
+        EXPECT_EQ(record->mipCount, uint32_t(c.mips));
+        EXPECT_EQ(texture->width(), uint32_t(c.width));
     }
-    const TextureRecord* record = builder.textureRecordOf(texture);
-    EXPECT_EQ(record->data.size(), c.dataSize);
-    EXPECT_EQ(record->mipCount, static_cast<uint32_t>(c.mips));
-    EXPECT_TRUE(record->name.empty());
-    EXPECT_EQ(texture->width(), static_cast<uint32_t>(c.width));
-    EXPECT_EQ(texture->height(), static_cast<uint32_t>(c.height));
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, TextureLevels,
-                         ::testing::Values(
-                             // 5x3 DXT1: 2x1 blocks, then 1x1, 1x1.
-                             LevelCase{TextureFormat::DXT1, 5, 3, 3, {{0, 16}, {16, 8}, {24, 8}}, 32},
-                             LevelCase{TextureFormat::DXT5, 5, 3, 3, {{0, 32}, {32, 16}, {48, 16}}, 64},
-                             LevelCase{TextureFormat::DXT3, 8, 8, 4, {{0, 32}, {64, 16}, {80, 16}, {96, 16}}, 112},
-                             // 1x1 keeps 1x1 on every level.
-                             LevelCase{TextureFormat::A8R8G8B8, 1, 1, 3, {{0, 4}, {4, 4}, {8, 4}}, 12},
-                             // Non-square: 4x1 halves to 2x1, 1x1.
-                             LevelCase{TextureFormat::X8R8G8B8, 4, 1, 3, {{0, 16}, {16, 8}, {24, 4}}, 28},
-                             // Odd sizes: 5x3, 2x1, 1x1 in one byte per texel.
-                             LevelCase{TextureFormat::R8, 5, 3, 3, {{0, 5}, {15, 2}, {17, 1}}, 18},
-                             LevelCase{TextureFormat::RGBA32F, 2, 2, 1, {{0, 32}}, 64},
-                             LevelCase{TextureFormat::Invalid, 0, 0, 0, {}, 0},
-                             LevelCase{TextureFormat::Invalid, 4, 4, 2, {{0, 0}, {0, 0}}, 0}));
-
-TEST(KivaBuilderTexture, WriteLevelHonoursPitchesAndFaces) {
+TEST(KivaBuilder, WriteLevelHonoursPitchesAndFaces) {
     KivaContainer container;
     KivaBuilder builder(&container);
     auto texture = builder.createTexture(TextureFormat::R8, 3, 2, 2, 7, 0);
     const TextureRecord* record = builder.textureRecordOf(texture);
-    ASSERT_EQ(record->data.size(), 6u + 1u);
-
     const uint8_t packed[6] = {1, 2, 3, 4, 5, 6};
     texture->writeLevel(0, packed, 0, 0);
     EXPECT_EQ(record->data, (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 0}));
-
     // Rows 5 bytes apart: the gaps of the source are skipped.
     const uint8_t spaced[10] = {10, 11, 12, 99, 99, 13, 14, 15, 99, 99};
     texture->writeLevel(0, spaced, 5, 0);
     EXPECT_EQ(record->data, (std::vector<uint8_t>{10, 11, 12, 13, 14, 15, 0}));
-
     const uint8_t one = 42;
     texture->writeLevel(1, &one, 0, 1);
     EXPECT_EQ(record->data[6], 0) << "face 1 does not exist";
     texture->writeLevel(1, &one, 0, 0);
     EXPECT_EQ(record->data[6], 42);
-}
 
-TEST(CopyTextureData, BlockRowsAndDestinationGaps) {
-    const TextureFormatInfo& dxt1 = textureFormatInfo(TextureFormat::DXT1);
-    std::vector<uint8_t> source(2 * 16);
+    // 8x8 DXT1 is two rows of two blocks (16 bytes a row); written 20 apart,
+    // the gaps keep what they held.
+    std::vector<uint8_t> source(2 * 16), destination(40, 0xAA);
     std::iota(source.begin(), source.end(), uint8_t{1});
-    // 8x8 DXT1 is two rows of two blocks (16 bytes a row); write them 20 apart.
-    std::vector<uint8_t> destination(40, 0xAA);
-    copyTextureData(destination.data(), 20, source.data(), 0, 8, 8, dxt1);
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(destination[i], source[i]);
-        EXPECT_EQ(destination[20 + i], source[16 + i]);
-    }
-    EXPECT_EQ(destination[16], 0xAA) << "gaps keep what they held";
+    copyTextureData(destination.data(), 20, source.data(), 0, 8, 8, textureFormatInfo(TextureFormat::DXT1));
+    EXPECT_TRUE(std::equal(source.begin(), source.begin() + 16, destination.begin()));
+    EXPECT_TRUE(std::equal(source.begin() + 16, source.end(), destination.begin() + 20));
+    EXPECT_EQ(destination[16], 0xAA);
 }
 
-TEST(KivaBuilderDeathTest, PitchBelowOneRowStops) {
+TEST(KivaBuilder, BufferWritesStayInsideTheRecord) {
     KivaContainer container;
     KivaBuilder builder(&container);
-    auto texture = builder.createTexture(TextureFormat::A8R8G8B8, 4, 4, 1, 7, 0);
-    std::vector<uint8_t> pixels(64);
-    EXPECT_DEATH(texture->writeLevel(0, pixels.data(), 15, 0), "pitch too small for copyTextureData");
+    auto ib = builder.createIndexBuffer(IF_UInt32, 5, 0, 0);
+    const BufferRecord* record = builder.indexBufferRecordOf(ib);
+    EXPECT_EQ(record->data.size(), 20u);
+    std::vector<uint8_t> bytes(32, 7);
+    ib->writeData(bytes.data(), 8);
+    EXPECT_EQ(record->data[7], 7);
+    EXPECT_EQ(record->data[8], 0) << "a short write leaves the rest";
+    ib->writeData(bytes.data(), bytes.size());
+    EXPECT_EQ(record->data, std::vector<uint8_t>(20, 7)) << "the excess is dropped";
+    auto vb = builder.createVertexBuffer(VertexFormat::Position3Weights4bBones4bNormal3TexCoord2, 3, 0, 0);
+    EXPECT_EQ(builder.vertexBufferRecordOf(vb)->data.size(), 120u);
 }
 
-TEST(KivaBuilderDeathTest, WritesOutsideTheLevelsOrAfterTheBuilderStop) {
+TEST(KivaBuilder, EmptyHandlesHaveNoRecordAndHandlesOutlivingTheBuilderAreCutLoose) {
     KivaContainer container;
     qe::Ref<Texture> texture;
-    qe::Ref<VertexBuffer> buffer;
-    const uint8_t pixels[64] = {};
+    qe::Ref<Mesh> mesh;
     {
         KivaBuilder builder(&container);
-        texture = builder.createTexture(TextureFormat::A8R8G8B8, 4, 4, 1, 7, 0);
-        buffer = builder.createVertexBuffer(VertexFormat::Position3, 1, 0, 0);
-        EXPECT_DEATH(texture->writeLevel(1, pixels, 0, 0), "texture level out of range");
-        EXPECT_DEATH(texture->writeLevel(-1, pixels, 0, 0), "texture level out of range");
+        EXPECT_EQ(builder.textureRecordOf({}), nullptr);
+        EXPECT_EQ(builder.meshRecordOf({}), nullptr);
+        EXPECT_EQ(builder.materialRecordOf({}), nullptr);
+        EXPECT_FALSE(builder.createVolumeTexture(TextureFormat::R8, 1, 1, 1, 1, 7, 0));
+        EXPECT_FALSE(builder.createDynamicVertexBuffer(VertexFormat::Position3, 1, 0, 0));
+        texture = builder.createTexture(TextureFormat::R8, 2, 2, 1, 7, 0);
+        mesh = builder.createMesh(builder.createVertexBuffer(VertexFormat::Position3, 2, 0, 0), {}, nullptr, 0);
     }
-    EXPECT_DEATH(texture->writeLevel(0, pixels, 0, 0), "texture written after its builder is gone");
-    EXPECT_DEATH(buffer->writeData(pixels, 12), "buffer written after its builder is gone");
-    EXPECT_EQ(texture->width(), 0u);
-}
-
-TEST(KivaBuilderDeathTest, CubeTexturesAreNotSupported) {
-    KivaContainer container;
-    KivaBuilder builder(&container);
-    EXPECT_DEATH(builder.createCubeTexture(TextureFormat::DXT1, 4, 1, 7, 0),
-                 "KivaBuilder does not currently support cube textures");
+    auto* t = static_cast<KivaBuilderTexture*>(texture.get());
+    EXPECT_EQ(t->factory(), nullptr);
+    EXPECT_EQ(t->record(), nullptr);
+    EXPECT_FALSE(t->linked());
+    EXPECT_TRUE(mesh->vertexBuffer()) << "the mesh keeps its buffer alive";
+    EXPECT_EQ(container.textures().size(), 1u) << "records stay with the container";
 }
 
 // A texture of some other factory.
@@ -132,85 +117,38 @@ struct ForeignTexture : Texture {
     void writeLevel(int32_t, const void*, size_t, uint32_t) override {}
 };
 
-TEST(KivaBuilderDeathTest, HandlesOfOtherBuildersOrClassesStop) {
+TEST(KivaBuilderDeathTest, BrokenInvariantsStopTheProgram) {
     KivaContainer container;
     KivaBuilder builder(&container), other(&container);
-    auto texture = other.createTexture(TextureFormat::R8, 1, 1, 1, 7, 0);
+    auto texture = builder.createTexture(TextureFormat::A8R8G8B8, 4, 4, 1, 7, 0);
+    const uint8_t pixels[64] = {};
+    EXPECT_DEATH(texture->writeLevel(0, pixels, 15, 0), "pitch too small for copyTextureData");
+    EXPECT_DEATH(texture->writeLevel(1, pixels, 0, 0), "texture level out of range");
+    EXPECT_DEATH(builder.createCubeTexture(TextureFormat::DXT1, 4, 1, 7, 0),
+                 "KivaBuilder does not currently support cube textures");
+
+    auto foreign = other.createTexture(TextureFormat::R8, 1, 1, 1, 7, 0);
     auto vb = other.createVertexBuffer(VertexFormat::Position3, 1, 0, 0);
     auto ib = other.createIndexBuffer(IF_UInt16, 3, 0, 0);
-    auto mesh = other.createMesh({}, {}, nullptr, 0);
-    EXPECT_DEATH(builder.textureRecordOf(texture), "Texture not from this factory");
+    EXPECT_DEATH(builder.textureRecordOf(foreign), "Texture not from this factory");
     EXPECT_DEATH(builder.textureRecordOf(qe::Ref<Texture>(new ForeignTexture)), "Texture not from this factory");
-    EXPECT_DEATH(builder.vertexBufferRecordOf(vb), "Vertex buffer not from this factory");
-    EXPECT_DEATH(builder.indexBufferRecordOf(ib), "Index buffer not from this factory");
-    EXPECT_DEATH(builder.meshRecordOf(mesh), "Mesh not from this factory");
     EXPECT_DEATH(builder.createMesh(vb, {}, nullptr, 0), "Vertex buffer not from this factory");
     EXPECT_DEATH(builder.createMesh({}, ib, nullptr, 0), "Index buffer not from this factory");
-
+    EXPECT_DEATH(builder.meshRecordOf(other.createMesh({}, {}, nullptr, 0)), "Mesh not from this factory");
     MaterialCache cache;
     auto material = createMaterial(&cache, "lit");
-    setTextureParameter(material, "Diffuse", texture);
-    EXPECT_DEATH(builder.materialRecordOf(material), "Texture not from this factory");
+    setTextureParameter(material, "Diffuse", foreign);
     MaterialGroup group(material, 0, 1, kPrimitiveTriangleList);
     EXPECT_DEATH(builder.createMesh({}, {}, &group, 1), "Texture not from this factory");
-}
 
-TEST(KivaBuilder, EmptyHandlesHaveNoRecord) {
-    KivaContainer container;
-    KivaBuilder builder(&container);
-    EXPECT_EQ(builder.textureRecordOf({}), nullptr);
-    EXPECT_EQ(builder.vertexBufferRecordOf({}), nullptr);
-    EXPECT_EQ(builder.indexBufferRecordOf({}), nullptr);
-    EXPECT_EQ(builder.meshRecordOf({}), nullptr);
-    EXPECT_EQ(builder.materialRecordOf({}), nullptr);
-    EXPECT_FALSE(builder.createVolumeTexture(TextureFormat::R8, 1, 1, 1, 1, 7, 0));
-    EXPECT_FALSE(builder.createDynamicVertexBuffer(VertexFormat::Position3, 1, 0, 0));
-}
-
-TEST(KivaBuilder, HandlesOutlivingTheBuilderAreCutLoose) {
-    KivaContainer container;
-    qe::Ref<Texture> texture;
-    qe::Ref<Mesh> mesh;
+    qe::Ref<VertexBuffer> orphan;
     {
-        KivaBuilder builder(&container);
-        texture = builder.createTexture(TextureFormat::R8, 2, 2, 1, 7, 0);
-        EXPECT_EQ(texture->factory(), &builder);
-        auto vb = builder.createVertexBuffer(VertexFormat::Position3, 2, 0, 0);
-        mesh = builder.createMesh(vb, {}, nullptr, 0);
+        KivaBuilder gone(&container);
+        texture = gone.createTexture(TextureFormat::A8R8G8B8, 4, 4, 1, 7, 0);
+        orphan = gone.createVertexBuffer(VertexFormat::Position3, 1, 0, 0);
     }
-    auto* t = static_cast<KivaBuilderTexture*>(texture.get());
-    EXPECT_EQ(t->factory(), nullptr);
-    EXPECT_EQ(t->record(), nullptr);
-    EXPECT_FALSE(t->linked());
-    EXPECT_TRUE(mesh->vertexBuffer()) << "the mesh keeps its buffer alive";
-    EXPECT_EQ(mesh->boundingSphere().radius, -1.0f);
-    EXPECT_GT(mesh->boundingBox().min[0], mesh->boundingBox().max[0]) << "the empty box";
-    EXPECT_EQ(container.textures().size(), 1u) << "records stay with the container";
-    EXPECT_EQ(container.meshes().size(), 1u);
-}
-
-TEST(KivaBuilder, BufferWritesStayInsideTheRecord) {
-    KivaContainer container;
-    KivaBuilder builder(&container);
-    auto ib = builder.createIndexBuffer(IF_UInt32, 5, 0, 0);
-    const BufferRecord* record = builder.indexBufferRecordOf(ib);
-    EXPECT_EQ(record->data.size(), 20u);
-    EXPECT_EQ(record->count, 5u);
-    EXPECT_EQ(record->format, 1u);
-    std::vector<uint8_t> bytes(32, 7);
-    ib->writeData(bytes.data(), 0);
-    EXPECT_EQ(record->data, std::vector<uint8_t>(20, 0));
-    ib->writeData(bytes.data(), 8);
-    EXPECT_EQ(record->data[7], 7);
-    EXPECT_EQ(record->data[8], 0) << "a short write leaves the rest";
-    ib->writeData(bytes.data(), bytes.size());
-    EXPECT_EQ(record->data, std::vector<uint8_t>(20, 7)) << "the excess is dropped";
-
-    auto vb = builder.createVertexBuffer(VertexFormat::Position3Weights4bBones4bNormal3TexCoord2, 3, 0, 0);
-    EXPECT_EQ(builder.vertexBufferRecordOf(vb)->data.size(), 120u);
-    EXPECT_EQ(builder.vertexBufferRecordOf(vb)->format, 8u);
-    auto none = builder.createVertexBuffer(VertexFormat::Matrix, 0, 0, 0);
-    EXPECT_TRUE(builder.vertexBufferRecordOf(none)->data.empty());
+    EXPECT_DEATH(texture->writeLevel(0, pixels, 0, 0), "texture written after its builder is gone");
+    EXPECT_DEATH(orphan->writeData(pixels, 12), "buffer written after its builder is gone");
 }
 
 }  // namespace

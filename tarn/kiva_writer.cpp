@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <stdexcept>
 #include <string_view>
 #include <unordered_map>
 
@@ -30,7 +29,6 @@ enum HeaderSlot {
 };
 
 constexpr uint64_t kHeaderSize = 104;
-constexpr size_t kMaxRows = 65535;
 
 void put8(uint8_t* p, uint8_t v) { *p = v; }
 void put16(uint8_t* p, uint16_t v) { std::memcpy(p, &v, 2); }
@@ -40,16 +38,15 @@ void putBytes(uint8_t* p, const void* data, size_t size) {
     if (size > 0) std::memcpy(p, data, size);
 }
 
-// A sub-list's 16-bit count. Longer lists would be cut short in the file,
-// so they fail like an overfull table.
-uint16_t count16(size_t count) {
-    if (count > kMaxRows) throw std::runtime_error("too many");
-    return static_cast<uint16_t>(count);
-}
+// A sub-list's 16-bit count; each row's lists were checked with kivaLimitOf
+// before it is written.
+uint16_t count16(size_t count) { return static_cast<uint16_t>(count); }
 
 // Record address to row index, with the records in index order.
 template <class T>
 struct IndexMap {
+    explicit IndexMap(const char* what) : what(what) {}
+    const char* what;  // the table's rows, for the limit's message
     std::unordered_map<const T*, uint16_t> index;
     std::vector<const T*> rows;
 };
@@ -58,7 +55,7 @@ class KivaWriter {
 public:
     explicit KivaWriter(const KivaContainer& container) : container_(container) {}
 
-    std::vector<uint8_t> run() {
+    SerializedKiva run() {
         for (const auto& t : container_.textures())
             if (!t->name.empty()) objectIndex(t.get(), textures_);
         for (const auto& m : container_.models()) objectIndex(m.get(), models_);
@@ -67,25 +64,38 @@ public:
         header_ = arena_.allocate(kHeaderSize);
         put32(arena_.at(header_), kKivaMagic);
         put32(arena_.at(header_) + 4, kKivaVersion);
-        writeModels();
-        writeMeshes();
-        writeMaterials();
-        writeTextures();
-        writeBuffers(vertexBuffers_, kVertexBuffers);
-        writeBuffers(indexBuffers_, kIndexBuffers);
-        writeSkeletons();
-        writeAnimations();
-        writeStrings();
-        return arena_.bytes();
+        // A step that passes a limit ends the run; what it wrote is dropped.
+        if (!limit_) writeModels();
+        if (!limit_) writeMeshes();
+        if (!limit_) writeMaterials();
+        if (!limit_) writeTextures();
+        if (!limit_) writeBuffers(vertexBuffers_, kVertexBuffers);
+        if (!limit_) writeBuffers(indexBuffers_, kIndexBuffers);
+        if (!limit_) writeSkeletons();
+        if (!limit_) writeAnimations();
+        if (!limit_) writeStrings();
+        if (limit_) return {{}, std::move(limit_)};
+        return {arena_.bytes(), {}};
     }
 
 private:
+    // Keeps the first limit passed; false.
+    bool fail(KivaLimit limit) {
+        if (!limit_) limit_ = std::move(limit);
+        return false;
+    }
+    // Whether a row is within the limits; keeps the limit when it is not.
+    bool fits(KivaLimit limit) { return limit ? fail(std::move(limit)) : true; }
+
     template <class T>
-    static uint16_t objectIndex(const T* record, IndexMap<T>& map) {
+    uint16_t objectIndex(const T* record, IndexMap<T>& map) {
         if (!record) return kKivaNoIndex;
         auto found = map.index.find(record);
         if (found != map.index.end()) return found->second;
-        if (map.rows.size() >= kMaxRows) throw std::runtime_error("too many");
+        if (map.rows.size() >= kKivaMaxRows) {
+            fail(tooMany(std::string(map.what) + " in one container"));
+            return kKivaNoIndex;
+        }
         const auto index = static_cast<uint16_t>(map.rows.size());
         map.index.emplace(record, index);
         map.rows.push_back(record);
@@ -96,8 +106,15 @@ private:
         if (text.empty()) return kKivaNoIndex;
         auto found = stringIndex_.find(text);
         if (found != stringIndex_.end()) return found->second;
-        if (strings_.size() >= kMaxRows) throw std::runtime_error("too many strings");
-        if (text.size() > 0xFFFFFFFFull) throw std::runtime_error("string too long");
+        if (strings_.size() >= kKivaMaxRows) {
+            fail(tooMany("distinct names in one container"));
+            return kKivaNoIndex;
+        }
+        if (text.size() > kKivaMaxStringBytes) {
+            fail({"a name of " + std::to_string(text.size()) + " bytes is too long (at most " +
+                  std::to_string(kKivaMaxStringBytes) + ")"});
+            return kKivaNoIndex;
+        }
         const auto index = static_cast<uint16_t>(strings_.size());
         stringIndex_.emplace(text, index);
         strings_.push_back(text);
@@ -126,6 +143,7 @@ private:
         const uint64_t base = table(kModels, count, 80);
         for (size_t i = 0; i < count; ++i) {
             const ModelRecord& model = *models_.rows[i];
+            if (!fits(kivaLimitOf(model))) return;
             uint8_t* row = arena_.at(base + 80 * i);
             put16(row, stringIndex(model.name));
             put16(row + 2, objectIndex(model.skeleton, skeletons_));
@@ -155,6 +173,7 @@ private:
         const uint64_t base = table(kMeshes, count, 16);
         for (size_t i = 0; i < count; ++i) {
             const MeshRecord& mesh = *meshes_.rows[i];
+            if (!fits(kivaLimitOf(mesh))) return;
             uint8_t* row = arena_.at(base + 16 * i);
             put16(row, objectIndex(mesh.vertexBuffer, vertexBuffers_));
             put16(row + 2, objectIndex(mesh.indexBuffer, indexBuffers_));
@@ -178,6 +197,7 @@ private:
         const uint64_t base = table(kMaterials, count, 32);
         for (size_t i = 0; i < count; ++i) {
             const MaterialRecord& material = *materials_.rows[i];
+            if (!fits(kivaLimitOf(material))) return;
             uint8_t* row = arena_.at(base + 32 * i);
             put16(row, stringIndex(material.shaderName));
             put16(row + 2, count16(material.vectorParameters.size()));
@@ -213,11 +233,11 @@ private:
         const uint64_t base = table(kTextures, count, 24);
         for (size_t i = 0; i < count; ++i) {
             const TextureRecord& texture = *textures_.rows[i];
+            if (!fits(kivaLimitOf(texture))) return;
             uint8_t* row = arena_.at(base + 24 * i);
             put16(row, stringIndex(texture.name));
             put8(row + 2, static_cast<uint8_t>(texture.format));
             put8(row + 3, static_cast<uint8_t>((texture.mipCount & 0x7F) | (texture.srgb ? 0x80 : 0)));
-            if (texture.width > 0xFFFF || texture.height > 0xFFFF) throw std::runtime_error("texture too large");
             put16(row + 4, static_cast<uint16_t>(texture.width));
             put16(row + 6, static_cast<uint16_t>(texture.height));
             put64(row + 8, texture.data.size());
@@ -249,6 +269,7 @@ private:
             static const AnimSkeleton kNoBones;
             const SkeletonRecord& holder = *skeletons_.rows[i];
             const AnimSkeleton& skeleton = holder.skeleton ? *holder.skeleton : kNoBones;
+            if (!fits(kivaLimitOf(skeleton))) return;
             uint8_t* row = arena_.at(base + 16 * i);
             put16(row, count16(skeleton.bones.size()));
             const uint64_t bones = payload(132 * skeleton.bones.size());
@@ -279,6 +300,7 @@ private:
                 continue;
             }
             const Animation& animation = *holder.animation;
+            if (!fits(kivaLimitOf(animation))) return;
             const size_t boneCount = animation.boneNames.size();
             put16(row, stringIndex(animation.name));
             put16(row + 2, count16(boneCount));
@@ -314,20 +336,21 @@ private:
     const KivaContainer& container_;
     KivaArena arena_;
     uint64_t header_ = 0;
-    IndexMap<ModelRecord> models_;
-    IndexMap<MeshRecord> meshes_;
-    IndexMap<MaterialRecord> materials_;
-    IndexMap<TextureRecord> textures_;
-    IndexMap<BufferRecord> vertexBuffers_;
-    IndexMap<BufferRecord> indexBuffers_;
-    IndexMap<SkeletonRecord> skeletons_;
-    IndexMap<AnimationRecord> animations_;
+    KivaLimit limit_;
+    IndexMap<ModelRecord> models_{"models"};
+    IndexMap<MeshRecord> meshes_{"meshes"};
+    IndexMap<MaterialRecord> materials_{"materials"};
+    IndexMap<TextureRecord> textures_{"textures"};
+    IndexMap<BufferRecord> vertexBuffers_{"vertex buffers"};
+    IndexMap<BufferRecord> indexBuffers_{"index buffers"};
+    IndexMap<SkeletonRecord> skeletons_{"skeletons"};
+    IndexMap<AnimationRecord> animations_{"animations"};
     std::unordered_map<std::string_view, uint16_t> stringIndex_;
     std::vector<std::string_view> strings_;  // views into the container's records, in index order
 };
 
 }  // namespace
 
-std::vector<uint8_t> serializeKiva(const KivaContainer& container) { return KivaWriter(container).run(); }
+SerializedKiva serializeKiva(const KivaContainer& container) { return KivaWriter(container).run(); }
 
 }  // namespace tarn

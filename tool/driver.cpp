@@ -3,6 +3,9 @@
 #include <string>
 #include <string_view>
 
+#include "convert/dependency_set.h"
+#include "convert/error_reporter.h"
+#include "convert/settings.h"
 #include "image/convert_image.h"
 #include "scene/convert_scene.h"
 #include "tarn/kiva_builder.h"
@@ -10,10 +13,7 @@
 #include "tarn/kiva_writer.h"
 #include "tarn/material_cache.h"
 #include "tool/command_line.h"
-#include "convert/dependency_set.h"
-#include "convert/error_reporter.h"
 #include "tool/output_file.h"
-#include "convert/settings.h"
 
 namespace {
 
@@ -30,14 +30,20 @@ InputKind inputKind(std::string_view path) {
     return InputKind::Unknown;
 }
 
-// Writes the output and then the dependency list; false after reporting a
-// failure.
+// Writes the output and the dependency list; false after reporting a
+// failure. Both go to temporary files first and replace their targets only
+// when both are complete, so that a failure leaves both targets as they were.
 bool writeResults(const Options& options, const tarn::KivaContainer& container, const DependencySet& dependencies,
                   ErrorReporter& errors, std::ostream& out) {
-    const std::vector<uint8_t> bytes = tarn::serializeKiva(container);
     const std::string& outputPath = *options.outputPath;
-    switch (
-        writeFileReplacing(outputPath, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()))) {
+    const tarn::SerializedKiva file = tarn::serializeKiva(container);
+    if (file.limit) {
+        errors.error(outputPath) << file.limit.passed << "\n";
+        return false;
+    }
+    StagedFile output;
+    switch (output.stage(outputPath,
+                         std::string_view(reinterpret_cast<const char*>(file.bytes.data()), file.bytes.size()))) {
     case WriteOutcome::Written:
         break;
     case WriteOutcome::CouldNotOpen:
@@ -48,21 +54,31 @@ bool writeResults(const Options& options, const tarn::KivaContainer& container, 
         return false;
     }
 
-    if (!options.dependencyPath) return true;
-    const std::string& dependencyPath = *options.dependencyPath;
-    if (dependencyPath == "-") {
+    const bool listToStdout = options.dependencyPath && *options.dependencyPath == "-";
+    const bool listToFile = options.dependencyPath && !listToStdout;
+    std::string list;
+    StagedFile listFile;
+    if (listToFile) {
+        for (const std::string& p : dependencies.paths()) {
+            list += p;
+            list += '\n';
+        }
+        if (listFile.stage(*options.dependencyPath, list) != WriteOutcome::Written) {
+            errors.error(*options.dependencyPath) << "could not write\n";
+            return false;
+        }
+    }
+    if (output.commit() != WriteOutcome::Written) {
+        errors.error(outputPath) << "failed trying to write\n";
+        return false;
+    }
+    if (listToFile && listFile.commit() != WriteOutcome::Written) {
+        errors.error(*options.dependencyPath) << "could not write\n";
+        return false;
+    }
+    if (listToStdout) {
         dependencies.writeTo(out);
         out.flush();
-        return true;
-    }
-    std::string list;
-    for (const std::string& p : dependencies.paths()) {
-        list += p;
-        list += '\n';
-    }
-    if (writeFileReplacing(dependencyPath, list) != WriteOutcome::Written) {
-        errors.error(dependencyPath) << "could not write\n";
-        return false;
     }
     return true;
 }

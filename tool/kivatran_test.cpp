@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "qe/scratch_dir_testing.h"
 #include "image/test_images_testing.h"
+#include "qe/scratch_dir_testing.h"
 
 namespace {
 
@@ -43,10 +43,11 @@ struct Kivatran : ::testing::Test {
     Kivatran() { dir.write("default.settings", "resource-root: /art/\n"); }
 
     // Runs the program in the scratch directory. prefix goes before it in the
-    // shell command (limits, traps).
-    Result run(const std::vector<std::string>& args, const std::string& prefix = "") {
+    // shell command (limits, traps), tail behind the arguments as it stands.
+    Result run(const std::vector<std::string>& args, const std::string& prefix = "", const std::string& tail = "") {
         std::string cmd = "cd " + quote(dir.path()) + " && " + prefix + quote(kProgram);
         for (const std::string& a : args) cmd += " " + quote(a);
+        cmd += " " + tail;
         cmd += " >" + quote(dir.file(".stdout")) + " 2>" + quote(dir.file(".stderr"));
         const int status = std::system(("/bin/sh -c " + quote(cmd)).c_str());
         Result r{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(dir.file(".stdout")),
@@ -61,13 +62,6 @@ struct Kivatran : ::testing::Test {
         ASSERT_TRUE(writePng(dir.file(name), w, h, channels, patternPixels(w, h, channels, seed)));
     }
 };
-
-uint16_t u16(const std::string& b, size_t at) { return uint16_t(uint8_t(b[at]) | uint8_t(b[at + 1]) << 8); }
-uint64_t u64(const std::string& b, size_t at) {
-    uint64_t v = 0;
-    for (int i = 7; i >= 0; --i) v = v << 8 | uint8_t(b[at + size_t(i)]);
-    return v;
-}
 
 TEST_F(Kivatran, UsageErrorsPrintTheirMessageAndTheUsageTextAndExitOne) {
     const std::pair<std::vector<std::string>, std::string> cases[] = {
@@ -106,15 +100,13 @@ TEST_F(Kivatran, ConvertsSeveralImagesInOrderAndListsDependencies) {
     EXPECT_EQ(readFile(dir.file("deps.txt")),
               "art/a.png\nart/a.png.settings\nart/b.png\nart/b.png.settings\nart/default.settings\n"
               "default.settings\n");
+    // Two texture rows in input order: b.png as DXT1 (4) with 3 levels, a.png
+    // as A8R8G8B8 (1) with 2 levels of 32 + 8 bytes.
     const std::string kiva = readFile(dir.file("out.kiva"));
-    ASSERT_GE(kiva.size(), 104u);
-    EXPECT_EQ(kiva.substr(0, 8), std::string("aviK\0\0\3\0", 8));
-    EXPECT_EQ(u16(kiva, 10), 2);  // two textures
-    const size_t table = size_t(u64(kiva, 40));
-    EXPECT_EQ(uint8_t(kiva[table + 2]), 4);       // first row: b.png, DXT1
-    EXPECT_EQ(uint8_t(kiva[table + 24 + 2]), 1);  // second row: a.png, A8R8G8B8
-    EXPECT_EQ(uint8_t(kiva[table + 24 + 3]), 2);  // 4x2 -> 2 levels
-    EXPECT_EQ(u64(kiva, table + 24 + 8), 32u + 8u);
+    ASSERT_GE(kiva.size(), 104u + 48u);
+    EXPECT_EQ(kiva.substr(0, 12), std::string("aviK\0\0\3\0\2\0\2\0", 12));  // 2 strings, 2 textures
+    EXPECT_EQ(kiva.substr(104, 4), std::string("\0\0\4\3", 4));
+    EXPECT_EQ(kiva.substr(104 + 24, 16), std::string("\1\0\1\2\4\0\2\0\x28\0\0\0\0\0\0\0", 16));
     EXPECT_NE(kiva.find("/art/art/b.png"), std::string::npos);
 
     // The same inputs give the same bytes.
@@ -145,7 +137,7 @@ TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {
               "png: unrecognized extension\n"
               ": unrecognized extension\n"
               "scene.FBX: scene input is not supported by this build\n"
-              "missing.tga: could not load: can't fopen\n"
+              "missing.tga: could not load: cannot read the file (No such file or directory)\n"
               "5 errors\n");
     EXPECT_EQ(r.out, "");
     EXPECT_EQ(readFile(dir.file("out.kiva")), "previous");
@@ -164,46 +156,79 @@ TEST_F(Kivatran, OtherTextureModesRefuseImageInputs) {
     EXPECT_FALSE(fileExists(dir.file("o.kiva")));
 }
 
-TEST_F(Kivatran, SettingsErrorsFailTheRunAndAreReportedOncePerFile) {
-    image("p/a.png", 2, 2, 3);
-    image("p/b.png", 2, 2, 3);
-    dir.write("p/default.settings", "# no comments\ntexture-max-size: 1x\n");
-    Result r = run({"-o", "o.kiva", "p/a.png", "p/b.png"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err,
-              "p/default.settings: line 1: invalid setting\n"
-              "p/default.settings: line 2: invalid integer value (\"1x\").\n"
-              "p/default.settings: line 2: invalid integer value (\"1x\").\n"
-              "3 errors\n");
-    EXPECT_FALSE(fileExists(dir.file("o.kiva")));
-}
-
 TEST_F(Kivatran, FailedWritesAreReportedAndKeepOldBytes) {
     image("a.png", 64, 64, 4);
     dir.makeDir("isdir");
-    Result r = run({"-o", "isdir", "a.png"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "isdir: could not open for writing\n1 error\n");
-    r = run({"-o", "no/such/dir.kiva", "a.png", "--dependencies", "d.txt"});
-    EXPECT_EQ(r.err, "no/such/dir.kiva: could not open for writing\n1 error\n");
+    dir.write("old.kiva", "old");
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"-o", "isdir", "a.png"}, "isdir: could not open for writing\n"},
+        {{"-o", "no/such/dir.kiva", "a.png", "--dependencies", "d.txt"},
+         "no/such/dir.kiva: could not open for writing\n"},
+        // The output is complete, the list cannot be written: neither is.
+        {{"-o", "old.kiva", "a.png", "--dependencies", "isdir"}, "isdir: could not write\n"},
+        {{"-o", "old.kiva", "a.png", "--dependencies", "no/such/d.txt"}, "no/such/d.txt: could not write\n"},
+    };
+    for (const auto& [args, message] : cases) {
+        Result r = run(args);
+        EXPECT_EQ(r.code, 1);
+        EXPECT_EQ(r.err, message + "1 error\n");
+    }
     EXPECT_FALSE(fileExists(dir.file("d.txt")));
 
-    // The output is written, the list is not: exit code 1.
-    r = run({"-o", "o.kiva", "a.png", "--dependencies", "isdir"});
-    EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "isdir: could not write\n1 error\n");
-    EXPECT_TRUE(fileExists(dir.file("o.kiva")));
-
     // A full disk: the file size limit stops the write half-way.
-    dir.write("full.kiva", "old");
-    r = run({"-o", "full.kiva", "a.png"}, "ulimit -f 1 && trap '' XFSZ && ");
+    Result r = run({"-o", "old.kiva", "a.png"}, "ulimit -f 1 && trap '' XFSZ && ");
     EXPECT_EQ(r.code, 1);
-    EXPECT_EQ(r.err, "full.kiva: failed trying to write\n1 error\n");
-    EXPECT_EQ(readFile(dir.file("full.kiva")), "old");
+    EXPECT_EQ(r.err, "old.kiva: failed trying to write\n1 error\n");
+    EXPECT_EQ(readFile(dir.file("old.kiva")), "old");
     size_t files = 0;
-    for (auto& e : std::filesystem::directory_iterator(dir.path()))
-        if (e.path().filename().string().rfind("full.kiva", 0) == 0) ++files;
-    EXPECT_EQ(files, 1u);  // no temporary file left behind
+    for (auto& e : std::filesystem::directory_iterator(dir.path())) files += e.path().filename() != "default.settings";
+    EXPECT_EQ(files, 3u) << "a.png, isdir and old.kiva; no temporary file left behind";
+}
+
+// The largest inputs images can give: a side above 65535 texels, and more
+// textures than a container holds.
+TEST_F(Kivatran, ContainerLimitsAreOneErrorAndNothingIsWritten) {
+    image("wide.png", 65536, 1, 1);
+    image("a.png", 1, 1, 3);
+    dir.write("a.png.settings", "texture-format-noalpha: rgb\n");  // no block compression: fast
+    dir.write("out.kiva", "old");
+    Result r = run({"-o", "out.kiva", "wide.png"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err,
+              "wide.png: image of 65536 by 1 texels is too large for a texture (at most 65535 on a side); lower "
+              "texture-max-size\n1 error\n");
+    r = run({"-o", "out.kiva", "--dependencies", "deps.txt"}, "", "$(yes a.png | head -n 65536)");
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err, "out.kiva: too many textures in one container (at most 65535)\n1 error\n");
+    EXPECT_EQ(readFile(dir.file("out.kiva")), "old");
+    EXPECT_FALSE(fileExists(dir.file("deps.txt")));
+}
+
+// Files that end before the data their headers promise.
+TEST_F(Kivatran, DamagedImagesAreErrors) {
+    image("good.png", 4, 4, 3);
+    const std::string png = readFile(dir.file("good.png"));
+    dir.write("cut.png", png.substr(0, png.size() - 20));
+    // 4x4 true-colour TGA headers: raw, and run-length encoded.
+    const std::string raw("\0\0\2\0\0\0\0\0\0\0\0\0\4\0\4\0\x18\0", 18);
+    std::string rle = raw;
+    rle[2] = 10;
+    dir.write("bare.tga", raw);
+    dir.write("short.tga", raw + std::string(16 * 3 - 1, 'x'));
+    dir.write("runs.tga", rle + std::string("\x8F\1\2", 3));  // a run of 16 with 2 of 3 bytes
+    dir.write("out.kiva", "old");
+    Result r = run({"-o", "out.kiva", "good.png", "cut.png", "bare.tga", "short.tga", "runs.tga"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_EQ(r.err,
+              "cut.png: could not load: truncated image data\n"
+              "bare.tga: could not load: truncated image data\n"
+              "short.tga: could not load: truncated image data\n"
+              "runs.tga: could not load: truncated image data\n4 errors\n");
+    EXPECT_EQ(readFile(dir.file("out.kiva")), "old");
+    // Complete, they convert.
+    dir.write("short.tga", raw + std::string(16 * 3, 'x'));
+    dir.write("runs.tga", rle + std::string("\x8F\1\2\3", 4));
+    EXPECT_EQ(run({"-o", "out.kiva", "short.tga", "runs.tga"}).err, "");
 }
 
 }  // namespace

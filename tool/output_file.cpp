@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 
 namespace {
 
@@ -22,45 +24,69 @@ bool writeAll(int fd, const char* data, size_t size) {
     return true;
 }
 
-WriteOutcome writeInPlace(const std::string& path, std::string_view bytes) {
-    const int fd = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
-    if (fd < 0) return WriteOutcome::CouldNotOpen;
-    bool ok = writeAll(fd, bytes.data(), bytes.size());
-    if (::close(fd) != 0) ok = false;
-    return ok ? WriteOutcome::Written : WriteOutcome::WriteFailed;
+// Creates a new file beside target, never opening anything that is already
+// there; its name goes to temp. -1 when no file could be created.
+int createTemporary(const std::string& target, std::string& temp) {
+    constexpr int kAttempts = 100;
+    std::random_device random;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        temp = target + ".tmp" + std::to_string(::getpid());
+        if (attempt > 0) temp += "." + std::to_string(random());
+        const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (fd >= 0) return fd;
+        if (errno != EEXIST && errno != EINTR) break;
+    }
+    temp.clear();
+    return -1;
 }
 
 }  // namespace
 
-WriteOutcome writeFileReplacing(const std::string& path, std::string_view bytes) {
+StagedFile::~StagedFile() {
+    if (!temp_.empty()) ::unlink(temp_.c_str());
+    if (inPlace_ >= 0) ::close(inPlace_);
+}
+
+WriteOutcome StagedFile::stage(const std::string& path, std::string_view bytes) {
     // The target itself must be a file that may be written, or be absent:
     // renaming over a directory or over a read-only file is refused as a
     // plain open for writing would be.
-    std::string target = path;
+    target_ = path;
     struct stat st;
     if (::stat(path.c_str(), &st) == 0) {
         if (S_ISDIR(st.st_mode) || ::access(path.c_str(), W_OK) != 0) return WriteOutcome::CouldNotOpen;
-        // A device or a pipe (/dev/stdout, a FIFO) is written in place: there
-        // is nothing to replace, and renaming over it would be wrong.
-        if (!S_ISREG(st.st_mode)) return writeInPlace(path, bytes);
-        // Through a symbolic link the file it names is replaced, not the link.
+        if (!S_ISREG(st.st_mode)) {
+            inPlace_ = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+            bytes_ = bytes;
+            return inPlace_ >= 0 ? WriteOutcome::Written : WriteOutcome::CouldNotOpen;
+        }
         struct stat lst;
         if (::lstat(path.c_str(), &lst) == 0 && S_ISLNK(lst.st_mode)) {
             char* resolved = ::realpath(path.c_str(), nullptr);
             if (!resolved) return WriteOutcome::CouldNotOpen;
-            target = resolved;
+            target_ = resolved;
             std::free(resolved);
         }
     }
-    const std::string temp = target + ".tmp" + std::to_string(::getpid());
-    const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int fd = createTemporary(target_, temp_);
     if (fd < 0) return WriteOutcome::CouldNotOpen;
     bool ok = writeAll(fd, bytes.data(), bytes.size());
     if (::close(fd) != 0) ok = false;
-    if (ok && ::rename(temp.c_str(), target.c_str()) != 0) ok = false;
-    if (!ok) {
-        ::unlink(temp.c_str());
-        return WriteOutcome::WriteFailed;
+    if (ok) return WriteOutcome::Written;
+    ::unlink(temp_.c_str());
+    temp_.clear();
+    return WriteOutcome::WriteFailed;
+}
+
+WriteOutcome StagedFile::commit() {
+    if (inPlace_ >= 0) {
+        bool ok = writeAll(inPlace_, bytes_.data(), bytes_.size());
+        if (::close(inPlace_) != 0) ok = false;
+        inPlace_ = -1;
+        return ok ? WriteOutcome::Written : WriteOutcome::WriteFailed;
     }
-    return WriteOutcome::Written;
+    if (temp_.empty()) return WriteOutcome::WriteFailed;
+    const bool ok = ::rename(temp_.c_str(), target_.c_str()) == 0;
+    if (ok) temp_.clear();
+    return ok ? WriteOutcome::Written : WriteOutcome::WriteFailed;
 }

@@ -4,16 +4,14 @@
 // the file's size, so the rate reads as MB of container checked per second.
 
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <ostream>
 #include <streambuf>
 
-#include "tarn/kivadump/kiva_file_builder_testing.h"
+#include "qe/scratch_dir_testing.h"
 #include "tarn/kivadump/kiva_json_printer.h"
 #include "tarn/kivadump/kiva_reader.h"
+#include "tarn/kivadump/kiva_sample_testing.h"
 #include "tarn/kivadump/kivadump.h"
 
 namespace {
@@ -28,56 +26,49 @@ protected:
 };
 
 std::vector<std::uint8_t> buildLargeContainer() {
-    KivaFileBuilder kiva;
+    tarn::KivaContainer kiva;
     for (int i = 0; i < 12; ++i)
-        kiva.textures.push_back({"rgba" + std::to_string(i), 1, 11, true, 1024, 1024,
-                                 std::vector<std::uint8_t>(textureDataSize(1, 1024, 1024, 11), std::uint8_t(i))});
+        kiva.addTexture("rgba" + std::to_string(i), 1, 1024, 1024, 11, true, textureDataSize(1, 1024, 1024, 11));
+    std::vector<const tarn::TextureRecord*> textures;
     for (int i = 0; i < 16; ++i)
-        kiva.textures.push_back({"dxt" + std::to_string(i), 6, 11, false, 1024, 1024,
-                                 std::vector<std::uint8_t>(textureDataSize(6, 1024, 1024, 11), std::uint8_t(i))});
-    TestSkeleton skeleton;
+        kiva.addTexture("dxt" + std::to_string(i), 6, 1024, 1024, 11, false, textureDataSize(6, 1024, 1024, 11));
+    for (const auto& texture : kiva.textures()) textures.push_back(texture.get());
+    auto skeleton = qe::Ref<tarn::AnimSkeleton>(new tarn::AnimSkeleton);
     for (int b = 0; b < 100; ++b)
-        skeleton.bones.push_back({"bone" + std::to_string(b), b == 0 ? kNone : std::uint16_t(b / 2), {}});
-    kiva.skeletons.push_back(skeleton);
-    std::vector<std::uint16_t> boneMap(100);
-    for (int b = 0; b < 100; ++b) boneMap[b] = std::uint16_t(b);
+        skeleton->bones.push_back({"bone" + std::to_string(b), b == 0 ? -1 : b / 2, {}, {}, {}, {}});
+    const tarn::SkeletonRecord* skeletonRecord = kiva.addSkeleton(skeleton);
+    std::vector<std::uint32_t> boneMap(100);
+    for (std::uint32_t b = 0; b < 100; ++b) boneMap[b] = b;
 
     constexpr std::uint32_t kVertices = 5000, kTriangles = 10000;
-    std::vector<std::uint8_t> indices(kTriangles * 3 * 2);
-    for (std::uint32_t i = 0; i < kTriangles * 3; ++i) poke16(indices, 2 * i, std::uint16_t((i * 7919) % kVertices));
     for (int m = 0; m < 300; ++m) {
-        kiva.vertexBuffers.push_back({7, kVertices, std::vector<std::uint8_t>(kVertices * 44, std::uint8_t(m))});
-        kiva.indexBuffers.push_back({0, kTriangles * 3, indices});
-        kiva.materials.push_back(
-            {"Lambert" + std::to_string(m % 50),
-             {{"AmbientColor", {0.1f, 0.2f, 0.3f, 1}}, {"DiffuseColor", {float(m), 0.5f, 0.25f, 1}}},
-             {{"DiffuseTexture", std::uint16_t(m % 28)}},
-             {}});
-        kiva.meshes.push_back({std::uint16_t(m),
-                               std::uint16_t(m),
-                               {{"", std::uint16_t(m), 0, kTriangles / 2, 2},
-                                {"", std::uint16_t(m), kTriangles * 3 / 2, kTriangles / 2, 2}}});
-        kiva.models.push_back(
-            {"model" + std::to_string(m), 0, {}, {{"shape" + std::to_string(m), std::uint16_t(m), {}, boneMap}}});
+        tarn::BufferRecord* vertices = kiva.addVertexBuffer(7, kVertices, kVertices * 44);
+        std::fill(vertices->data.begin(), vertices->data.end(), std::uint8_t(m));
+        tarn::BufferRecord* indices = kiva.addIndexBuffer(0, kTriangles * 3, kTriangles * 3 * 2);
+        for (std::uint32_t i = 0; i < kTriangles * 3; ++i)
+            poke16(indices->data, 2 * i, std::uint16_t((i * 7919) % kVertices));
+        tarn::MaterialRecord* material = kiva.addMaterial("Lambert" + std::to_string(m % 50));
+        material->vectorParameters = {{"AmbientColor", {0.1f, 0.2f, 0.3f, 1}},
+                                      {"DiffuseColor", {float(m), 0.5f, 0.25f, 1}}};
+        material->textureParameters = {{"DiffuseTexture", textures[m % 28]}};
+        tarn::MeshRecord* mesh = kiva.addMesh(vertices, indices, 2);
+        mesh->materialGroups[0] = {"", material, 0, kTriangles / 2, 2};
+        mesh->materialGroups[1] = {"", material, kTriangles * 3 / 2, kTriangles / 2, 2};
+        kiva.addModel("model" + std::to_string(m), {}, skeletonRecord)
+            ->meshBindings.push_back({"shape" + std::to_string(m), mesh, {}, boneMap});
     }
-    TestAnimation animation;
-    animation.name = "take";
-    for (int b = 0; b < 100; ++b) animation.boneNames.push_back("bone" + std::to_string(b));
-    animation.frameCount = 9500;
-    animation.transforms.assign(std::size_t(animation.frameCount) * 100 * 7, 0.5f);
-    kiva.animations.push_back(animation);
-    return kiva.build();
+    std::vector<std::string> boneNames;
+    for (int b = 0; b < 100; ++b) boneNames.push_back("bone" + std::to_string(b));
+    auto animation = qe::Ref<tarn::Animation>(new tarn::Animation("take", boneNames, 9500, 60, 1));
+    for (auto& transform : animation->transforms) transform = {{0.5f, 0.5f, 0.5f}, {0.5f, 0.5f, 0.5f, 0.5f}};
+    kiva.addAnimation(animation);
+    return writeKiva(kiva);
 }
 
 struct LargeFile {
     std::vector<std::uint8_t> bytes = buildLargeContainer();
-    std::filesystem::path path =
-        std::filesystem::temp_directory_path() / ("kivadump_bench_" + std::to_string(::getpid()) + ".kiva");
-    LargeFile() {
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-    }
-    ~LargeFile() { std::filesystem::remove(path); }
+    ScratchDir dir;
+    std::string path = dir.write("large.kiva", std::string(bytes.begin(), bytes.end()));
 };
 
 const LargeFile& largeFile() {
@@ -90,7 +81,7 @@ void BM_KivadumpJson(benchmark::State& state) {
     const LargeFile& file = largeFile();
     NullBuffer buffer;
     std::ostream out(&buffer), err(&buffer);
-    const std::string path = file.path.string();
+    const std::string& path = file.path;
     const char* args[] = {"--json", path.c_str()};
     for (auto _ : state) {
         if (runKivadump(args, out, err) != 0) state.SkipWithError("kivadump found a fault");

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -12,8 +10,8 @@
 #define STB_IMAGE_IMPLEMENTATION
 #include <stb/stb_image.h>
 
-#include "tarn/kivadump/kiva_file_builder_testing.h"
-#include "tarn/kivadump/kiva_reader.h"
+#include "qe/scratch_dir_testing.h"
+#include "tarn/kivadump/kiva_sample_testing.h"
 
 namespace tarn::kivaread {
 namespace {
@@ -22,24 +20,10 @@ using namespace testing;
 
 using Pixels = std::vector<std::uint8_t>;
 
-// Holds the bytes a KivaFile points into.
-struct ReadFile {
-    std::vector<std::uint8_t> bytes;
-    KivaFile file;
-};
-
-ReadFile readBuilt(KivaFileBuilder& builder) {
-    ReadFile result{builder.build(), {}};
-    KivaReader reader(result.bytes);
-    EXPECT_TRUE(reader.read(result.file)) << reader.fault();
-    return result;
-}
-
-// Decodes level 0 of a 1x1 (or wider) texture of the given format and data.
+// Decodes level 0 of a one-row texture of the given format and data.
 Pixels decodeOne(std::uint8_t format, std::vector<std::uint8_t> data, std::uint16_t width = 1) {
-    KivaFileBuilder builder;
-    builder.textures.push_back({"t", format, 1, false, width, 1, std::move(data)});
-    ReadFile read = readBuilt(builder);
+    const ReadKiva read = readKiva(oneTextureKiva(format, width, 1, 1, data));
+    EXPECT_EQ(read.fault, "");
     Pixels rgba;
     EXPECT_TRUE(decodeTextureLevel(read.file, read.file.textures[0], 0, rgba));
     return rgba;
@@ -75,9 +59,7 @@ TEST(TextureExtractorTest, DxtBlocksAreDecodedPerLevel) {
     const std::vector<std::uint8_t> blue = {0x00, 0xF8, 0x1F, 0x00, 0x55, 0x55, 0x55, 0x55};
     std::vector<std::uint8_t> data;
     for (const auto* block : {&red, &red, &blue, &blue}) data.insert(data.end(), block->begin(), block->end());
-    KivaFileBuilder builder;
-    builder.textures.push_back({"stone", 4, 3, false, 5, 3, data});  // levels 5x3, 2x1, 1x1
-    ReadFile read = readBuilt(builder);
+    const ReadKiva read = readKiva(oneTextureKiva(4, 5, 3, 3, data));  // levels 5x3, 2x1, 1x1
     Pixels rgba;
     ASSERT_TRUE(decodeTextureLevel(read.file, read.file.textures[0], 0, rgba));
     ASSERT_EQ(rgba.size(), 5u * 3 * 4);
@@ -87,17 +69,13 @@ TEST(TextureExtractorTest, DxtBlocksAreDecodedPerLevel) {
     EXPECT_FALSE(decodeTextureLevel(read.file, read.file.textures[0], 3, rgba));
 }
 
-TEST(TextureExtractorTest, WritesEveryLevelOfEveryTextureAsPng) {
-    const std::filesystem::path directory =
-        std::filesystem::temp_directory_path() / ("kivadump_extract_" + std::to_string(::getpid()));
-    std::filesystem::remove_all(directory);
-    KivaFileBuilder builder = sampleKiva();
-    ReadFile read = readBuilt(builder);
+TEST(TextureExtractorTest, WritesEveryLevelOfEveryTextureAsPngOrReportsWhyNot) {
+    ScratchDir dir;
+    const ReadKiva read = readKiva(sampleKiva());
     std::string error;
-    ASSERT_TRUE(extractTextures(read.file, directory / "sub", error)) << error;
-
+    ASSERT_TRUE(extractTextures(read.file, dir.file("sub"), error)) << error;
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(directory / "sub"))
+    for (const auto& entry : std::filesystem::directory_iterator(dir.file("sub")))
         names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     // The placeholder has no texels and no picture.
@@ -105,20 +83,12 @@ TEST(TextureExtractorTest, WritesEveryLevelOfEveryTextureAsPng) {
                                                "1_tex_stone.png_mip0.png", "1_tex_stone.png_mip1.png",
                                                "1_tex_stone.png_mip2.png"}));
     int width = 0, height = 0, channels = 0;
-    stbi_uc* pixels =
-        stbi_load((directory / "sub" / "0_tex_wood.png_mip1.png").string().c_str(), &width, &height, &channels, 4);
+    stbi_uc* pixels = stbi_load(dir.file("sub/0_tex_wood.png_mip1.png").c_str(), &width, &height, &channels, 4);
     ASSERT_NE(pixels, nullptr);
-    EXPECT_EQ(width, 1);
-    EXPECT_EQ(height, 1);
+    EXPECT_EQ(width * height, 1);
     EXPECT_EQ(Pixels(pixels, pixels + 4), (Pixels{17, 18, 19, 20}));  // level 1 follows level 0's 16 bytes
     stbi_image_free(pixels);
-    std::filesystem::remove_all(directory);
-}
 
-TEST(TextureExtractorTest, UnwritableDirectoryIsReported) {
-    KivaFileBuilder builder = sampleKiva();
-    ReadFile read = readBuilt(builder);
-    std::string error;
     EXPECT_FALSE(extractTextures(read.file, "/proc/kivadump/x", error));
     EXPECT_NE(error.find("cannot create directory /proc/kivadump/x"), std::string::npos) << error;
 }
