@@ -1,5 +1,6 @@
 #include "fbx/dump/fbx_text_writer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <ostream>
@@ -17,6 +18,8 @@ constexpr size_t kWrapColumn = 120;
 // not grow with the square of its depth.
 constexpr size_t kMaxIndent = 32;
 constexpr size_t kFlushSize = 1 << 20;
+// Bytes of embedded content per base64 value.
+constexpr int kBlobChunk = 3072;
 
 bool isArrayCode(char code) {
     return code == 'b' || code == 'c' || code == 'h' || code == 'i' || code == 'f' || code == 'l' || code == 'd';
@@ -100,6 +103,7 @@ public:
                 text_ += "}\n";
                 stream_.EndField();
                 advance(stack.back());
+                flushIfFull();
                 continue;
             }
             int field = fieldAt(level);
@@ -214,6 +218,12 @@ private:
             }
             return true;
         }
+        if (stream_.ValueCount() == 1 && stream_.NextValueType() == 'R' && !stream_.HasBlock() &&
+            FbxFieldList::CompareNoCase(name, "Content") == 0) {
+            writeChunkedBlob(depth);
+            arrayWritten = true;
+            return true;
+        }
         while (stream_.ValuesLeft() > 0) {
             if (!first) separate(depth, lineStart);
             first = false;
@@ -272,6 +282,28 @@ private:
             }
         }
         return true;
+    }
+
+    // Embedded file content, which text keeps as a blob property does: the
+    // size, then "BinaryData" values of base64 in the block.
+    void writeChunkedBlob(size_t depth) {
+        int size = 0;
+        const uint8_t* data = static_cast<const uint8_t*>(stream_.NextBlob(size));
+        appendInt(size);
+        if (size == 0) return;
+        text_ += " {\n";
+        indent(depth + 1);
+        text_ += "BinaryData: ";
+        size_t lineStart = text_.rfind('\n') + 1;
+        for (int at = 0; at < size; at += kBlobChunk) {
+            if (at) separate(depth + 1, lineStart);
+            text_ += '"';
+            FbxEncodeBase64(data + at, static_cast<size_t>(std::min(kBlobChunk, size - at)), text_);
+            text_ += '"';
+        }
+        text_ += '\n';
+        indent(depth);
+        text_ += '}';
     }
 
     template <typename T, typename Append>

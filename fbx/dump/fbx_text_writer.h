@@ -18,7 +18,9 @@ class FbxFieldStream;
 //   are written in decimal, floating-point values in the shortest form that
 //   reads back to the same bits (a float value as the double it widens to);
 // - arrays become "*count" with a block holding one field "a" of the
-//   elements; binary data becomes base64;
+//   elements; binary data becomes base64, and embedded file content (a
+//   "Content" field of one blob) the size with "BinaryData" values in a
+//   block, the form in which text files keep it;
 // - key attribute data ("KeyAttrDataFloat") of curves whose "KeyVer" is not
 //   4007 is written as the integers of the floats' bits, which is how text
 //   files of that version keep it.

@@ -71,6 +71,9 @@ TEST(FbxTextWriter, ValuesOfEveryCodeReadBackAlike) {
     b.Begin("D").DoubleArray({0.1, -1e-300}).End().Begin("F").FloatArray({0.1f, 3.5f}).End();
     b.Begin("L").LongArray({INT64_MIN}).End().Begin("B").BoolArray({true, false}).End();
     b.Begin("E").IntArray({}).End().End();
+    std::vector<uint8_t> content(5000);
+    for (size_t i = 0; i < content.size(); ++i) content[i] = static_cast<uint8_t>(i * 7);
+    b.Begin("Content").Raw(content).End();
     ScratchDir dir;
     std::vector<uint8_t> bytes = b.Finish();
     std::string source = dir.write("every.fbx", std::string(bytes.begin(), bytes.end()));
@@ -127,6 +130,20 @@ TEST(FbxTextWriter, ValuesOfEveryCodeReadBackAlike) {
     array("F", [](FbxFieldStream& s, int& n) { return s.NextFloatArray(n); });
     array("L", [](FbxFieldStream& s, int& n) { return s.NextLongArray(n); });
     array("B", [](FbxFieldStream& s, int& n) { return s.NextBoolArray(n); });
+
+    // Embedded content: a blob in binary, its size and base64 chunks in text.
+    FbxFieldStream& t = streams[1];
+    t.LeaveBlock();
+    ASSERT_TRUE(t.BeginField("Content"));
+    EXPECT_EQ(t.NextInt(), 5000);
+    ASSERT_TRUE(t.EnterBlock() && t.BeginField("BinaryData"));
+    std::vector<uint8_t> decoded;
+    while (t.ValuesLeft() > 0) {
+        int size = 0;
+        const uint8_t* chunk = static_cast<const uint8_t*>(t.NextBlob(size));
+        decoded.insert(decoded.end(), chunk, chunk + size);
+    }
+    EXPECT_EQ(decoded, content);
 }
 
 TEST(FbxTextWriter, DeepFilesAndRefusals) {

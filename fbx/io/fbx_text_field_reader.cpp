@@ -151,8 +151,8 @@ private:
 //
 // A token ends at ",", ":", a blank, a line end, or a byte that is 0 or
 // above 127. A blank ends it unless a ":" follows before the next line end,
-// quote or ","; then everything up to that ":" is one key, blanks included
-// (so "Some Key: 1" has the key "Some Key"). A token followed by ":" is a
+// quote or ","; then everything up to that ":" is one key, blanks inside
+// included (so "Some Key : 1" has the key "Some Key"). A token followed by ":" is a
 // key and starts a new instance of that field; any other token is a value
 // of the current instance. A quoted value runs to the next quote, may be
 // empty, and whatever stands between its closing quote and the next

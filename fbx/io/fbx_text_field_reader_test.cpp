@@ -98,7 +98,7 @@ TEST(FbxTextFields, LinesAndTokens) {
            "\n   \t\n"
            "   ;indented comment\n"
            "Quoted: \"a, {b}\", \"q&quot;x&lf;y&cr;&amp;\",\"\",\"x\"dropped 2\n"
-           "Some Key: 1\n"
+           "Some Key : 1\n"
            "List: 1,\n  2,\n  3\n"
            "Empty: , ,\"\",\n"
            "Block: 5\n{\n  Inner: 6\n}\n"
