@@ -49,6 +49,11 @@ TEST(FbxTextWriter, BlenderFilesImportAlikeFromTheirTextTwins) {
         size_t syntax = binaryDump.find("\"syntax\": \"binary\"");
         ASSERT_NE(syntax, std::string::npos);
         EXPECT_EQ(binaryDump.replace(syntax, 18, "\"syntax\": \"text\""), textDump);
+        if (entry.path().stem() == "textured_cube") {
+            std::string fields;
+            ASSERT_EQ(run({"--fields", text}, &fields), 0);
+            EXPECT_NE(fields.find("values: [[\"a\", \"array[24]\"]]"), std::string::npos);  // 8 vertices
+        }
 
         // Written again from the text, the twin keeps every line but the one
         // that names the syntax of its source.

@@ -33,8 +33,12 @@ uint64_t ReadValue(FbxFieldStream& s, unsigned turn) {
     switch (turn % 8) {
     case 0:
         return static_cast<uint64_t>(s.NextInt());
-    case 1:
-        return static_cast<uint64_t>(s.NextDouble());
+    case 1: {
+        double value = s.NextDouble();
+        uint64_t bits;
+        std::memcpy(&bits, &value, sizeof bits);
+        return bits;
+    }
     case 2:
         return std::strlen(s.NextString());
     case 3:
