@@ -1,8 +1,11 @@
 #include "fbx/dump/fbxdump.h"
 
+#include <filesystem>
+#include <fstream>
 #include <ostream>
 
 #include "fbx/dump/dump_value.h"
+#include "fbx/dump/fbx_text_writer.h"
 #include "fbx/dump/field_dump.h"
 #include "fbx/dump/scene_dump.h"
 #include "fbx/io/fbx_field_stream.h"
@@ -13,7 +16,7 @@
 
 namespace {
 
-const char kUsage[] = "usage: fbxdump [--fields] [--json] FILE.fbx\n";
+const char kUsage[] = "usage: fbxdump [--fields] [--json] [--write-text OUT.fbx] FILE.fbx\n";
 
 // Destroys the manager, and with it every object, on every way out.
 struct ManagerScope {
@@ -28,13 +31,50 @@ void write(const DumpValue& value, bool json, std::ostream& out) {
         writeText(value, out);
 }
 
+// Writes the file's field tree as a text FBX file to `target`; nothing goes
+// to the output stream. A file that cannot be written whole is removed.
+int writeTextFile(const std::string& path, const std::string& target, std::ostream& err) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, target, ignored)) {
+        err << "fbxdump: " << target << ": the text file would overwrite its source\n";
+        return 1;
+    }
+    FbxFieldStream stream;
+    stream.SetFbx7Mode(true);
+    if (!stream.OpenFile(path.c_str())) {
+        err << path << ": " << stream.GetStatus().GetErrorString() << '\n';
+        return 1;
+    }
+    std::ofstream out(target, std::ios::binary | std::ios::trunc);
+    if (!out) {
+        err << "fbxdump: " << target << ": cannot be written\n";
+        return 1;
+    }
+    std::string error;
+    bool written = writeFbxText(stream, out, error);
+    out.close();
+    if (written && out && !stream.GetStatus().Error()) return 0;
+    if (written && !out) error = target + ": cannot be written";
+    if (written && stream.GetStatus().Error()) error = stream.GetStatus().GetErrorString();
+    err << path << ": " << error << '\n';
+    std::filesystem::remove(target, ignored);
+    return 1;
+}
+
 }  // namespace
 
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
     bool fields = false, json = false;
-    std::string path;
-    for (const std::string& arg : args) {
-        if (arg == "--fields") {
+    std::string path, textTarget;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--write-text") {
+            if (i + 1 == args.size() || !textTarget.empty()) {
+                err << "fbxdump: --write-text needs one file name\n" << kUsage;
+                return 1;
+            }
+            textTarget = args[++i];
+        } else if (arg == "--fields") {
             fields = true;
         } else if (arg == "--json") {
             json = true;
@@ -67,6 +107,8 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
         err << path << ": " << importer->GetStatus().GetErrorString() << '\n';
         return 1;
     }
+
+    if (!textTarget.empty()) return writeTextFile(path, textTarget, err);
 
     DumpValue dump = dumpHeader(*importer);
     if (fields) {

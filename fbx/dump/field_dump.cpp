@@ -26,8 +26,13 @@ DumpValue dumpList(FbxFieldStream& stream, int depth) {
             DumpValue field = DumpValue::object();
             field.add("name", name);
             DumpValue& values = field.add("values", DumpValue::array());
-            while (stream.ValuesLeft() > 0) values.push(dumpFieldValue(stream));
-            if (stream.HasBlock()) {
+            // In a text file an array's elements are its block.
+            bool textArray = false;
+            while (stream.ValuesLeft() > 0) {
+                textArray = textArray || stream.NextValueType() == 'a';
+                values.push(dumpFieldValue(stream));
+            }
+            if (stream.HasBlock() && !textArray) {
                 if (depth >= kMaxDepth) {
                     field.add("fields", "...");
                 } else {
@@ -111,6 +116,11 @@ DumpValue dumpFieldValue(FbxFieldStream& stream) {
     case 'd':
         stream.NextDoubleArray(count);
         pair.push(arraySummary("double", count));
+        break;
+    case 'a':
+        // A text array has no element type: its count is what it shows.
+        stream.NextDoubleArray(count);
+        pair.push(arraySummary("array", count));
         break;
     default:
         // An unknown code: step over the value.

@@ -9,7 +9,8 @@ class FbxFieldStream;
 // when it has a block, "fields"). Fields come in the stream's order (by
 // name, without regard to case), the instances of one name in file order.
 // Each value is a pair of its code and its value; an array value is given
-// by its element type and count, a blob by its size. Leaves the list
+// by its element type and count ("array" in a text file, whose values carry
+// no type), a blob by its size. Leaves the list
 // rewound.
 DumpValue dumpFields(FbxFieldStream& stream);
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fbx/io/fbx_importer.h"
+#include "fbx/io/fbx_reader_fbx7.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_node_attribute.h"
 #include "fbx/model/fbx_scene.h"
@@ -153,6 +154,9 @@ DumpValue dumpHeader(const FbxImporter& importer) {
     const FbxHeaderInfo* header = importer.GetHeaderInfo();
     value.add("fileVersion", static_cast<int64_t>(header ? header->fileVersion : 0));
     value.add("creator", header ? header->creator : std::string());
+    auto* reader = dynamic_cast<FbxReaderFbx7*>(importer.GetReader());
+    FbxFieldStream* stream = reader ? reader->GetFieldStream() : nullptr;
+    value.add("syntax", !stream ? "" : stream->IsBinary() ? "binary" : "text");
     return value;
 }
 

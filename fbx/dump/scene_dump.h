@@ -7,7 +7,8 @@ class FbxImporter;
 class FbxScene;
 
 // The header of the importer's file: "version" (as "major.minor.revision"),
-// "fileVersion" (the number in the file) and "creator".
+// "fileVersion" (the number in the file), "creator" and "syntax" ("binary"
+// or "text").
 DumpValue dumpHeader(const FbxImporter& importer);
 
 // The node tree from the scene's root: each node with its "name",

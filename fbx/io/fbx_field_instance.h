@@ -10,8 +10,8 @@
 // One record of a field list: its values and where its nested records are.
 // Binary values stay the raw bytes of the value list until they are read;
 // the list that holds the instance keeps the offset of every value in those
-// bytes. Decoded arrays, strings and blobs go to the scratch result, which
-// the next such read on this instance replaces.
+// bytes. Text values are strings that the list keeps one behind the other. Decoded arrays, strings and blobs go to the
+// scratch result, which the next such read on this instance replaces.
 class FbxFieldInstance {
 public:
     FbxFieldInstance() = default;
@@ -24,9 +24,8 @@ public:
     uint32_t ValueLength() const { return valueLength_; }
     const uint8_t* ValueBytes() const { return values_; }
 
-    // Text form of the values, filled by the text syntax.
-    std::vector<FbxString>& TextValues() { return textValues_; }
-    const std::vector<FbxString>& TextValues() const { return textValues_; }
+    // Text files: the position behind the "{" of the instance's block.
+    void SetBlockOffset(uint32_t offset) { blockOffset_ = offset; }
 
     FbxByteBuffer& Scratch() { return scratch_; }
     uint32_t Cursor() const { return cursor_; }
@@ -37,11 +36,10 @@ private:
 
     uint32_t blockOffset_ = 0;
     int32_t valueCount_ = 0;
-    uint32_t firstOffset_ = 0;  // index of the first value offset in the list's table
+    uint32_t firstOffset_ = 0;  // index of the first value offset (or text offset) in the list's table
     uint32_t valueLength_ = 0;
     const uint8_t* values_ = nullptr;  // into a list buffer, or ownedValues_
     std::unique_ptr<uint8_t[]> ownedValues_;
-    std::vector<FbxString> textValues_;
     FbxByteBuffer scratch_;
     uint32_t cursor_ = 0;
 };

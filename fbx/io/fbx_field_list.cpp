@@ -1,6 +1,7 @@
 #include "fbx/io/fbx_field_list.h"
 
 #include "fbx/io/fbx_byte_order.h"
+#include "fbx/io/fbx_text_field_reader.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,7 +34,12 @@ int FbxFieldList::CompareNoCase(std::string_view a, std::string_view b) {
 }
 
 FbxFieldList::FbxFieldList(FbxFile* file, uint32_t offset, bool binary, bool swap, FbxFieldList* parent)
-    : file_(file), offset_(offset), binary_(binary), swap_(swap), parent_(parent) {}
+    : file_(file),
+      textIndex_(parent ? parent->textIndex_ : nullptr),
+      offset_(offset),
+      binary_(binary),
+      swap_(swap),
+      parent_(parent) {}
 
 FbxFieldList::~FbxFieldList() {
     // Children go one by one rather than recursively, so that a deeply
@@ -114,6 +120,23 @@ char FbxFieldList::ValueCode(const FbxFieldInstance& instance, int index) const 
     return value ? static_cast<char>(value[-1]) : 0;
 }
 
+void FbxFieldList::AddTextValue(FbxFieldInstance& instance, std::string_view text) {
+    if (instance.valueCount_ == 0) instance.firstOffset_ = static_cast<uint32_t>(valueOffsets_.size());
+    valueOffsets_.push_back(static_cast<uint32_t>(text_.size()));
+    text_.append(text);
+    text_ += '\0';
+    ++instance.valueCount_;
+}
+
+bool FbxFieldList::TextValueAt(const FbxFieldInstance& instance, int index, std::string_view& text) const {
+    if (binary_ || index < 0 || index >= instance.valueCount_) return false;
+    size_t slot = instance.firstOffset_ + static_cast<size_t>(index);
+    size_t start = valueOffsets_[slot];
+    size_t end = slot + 1 < valueOffsets_.size() ? valueOffsets_[slot + 1] : text_.size();
+    text = std::string_view(text_.data() + start, end - start - 1);
+    return true;
+}
+
 FbxFieldList* FbxFieldList::OpenChild(uint32_t offset) {
     CloseChild();
     child_ = std::make_unique<FbxFieldList>(file_, offset, binary_, swap_, this);
@@ -129,9 +152,7 @@ void FbxFieldList::Rewind() {
 }
 
 bool FbxFieldList::Load() {
-    // The text syntax fills the same list from its own tokeniser.
-    if (!binary_) return false;
-    bool loaded = LoadBinary();
+    bool loaded = binary_ ? LoadBinary() : FbxLoadTextLevel(*this, textIndex_);
     SortFields();
     return loaded;
 }

@@ -11,11 +11,15 @@
 #include <unordered_map>
 #include <vector>
 
+class FbxTextBlockIndex;
+
 // One nesting level of the field tree. Loading reads the level once: every
 // record header and the value bytes of every record go into one buffer,
 // while nested levels stay on disk until a child list is opened on them. A
 // child takes the free tail of its parent's buffer, and since one child at
-// most is open at a time, siblings reuse the same bytes in turn.
+// most is open at a time, siblings reuse the same bytes in turn. A level of
+// a text file keeps its values as strings, one behind the other, and its
+// nested blocks as their positions in the file (see FbxLoadTextLevel).
 class FbxFieldList {
 public:
     // Levels larger than this do not get one buffer; each instance then
@@ -23,7 +27,7 @@ public:
     static constexpr size_t kMaxBufferSize = 262144000;
 
     // A list of the level at `offset` in `file`. A parent, when given, lends
-    // the free tail of its buffer.
+    // the free tail of its buffer and, in a text file, its block index.
     FbxFieldList(FbxFile* file, uint32_t offset, bool binary, bool swap, FbxFieldList* parent = nullptr);
     ~FbxFieldList();
     FbxFieldList(const FbxFieldList&) = delete;
@@ -31,6 +35,9 @@ public:
 
     // Reads the level. On failure the list keeps what it read so far.
     bool Load();
+    // Text files: where the loads of this file note the ends of the blocks
+    // they walked through (not owned).
+    void SetTextIndex(FbxTextBlockIndex* index) { textIndex_ = index; }
 
     // Reads only the header of the first record at `offset`: its name and
     // where its nested records start (0 for none). False on a null record or
@@ -70,6 +77,13 @@ public:
     // Code byte of value `index`, 0 when out of range.
     char ValueCode(const FbxFieldInstance& instance, int index) const;
 
+    // Text files: appends a value to the instance, which must be the last
+    // instance to get values in this list.
+    void AddTextValue(FbxFieldInstance& instance, std::string_view text);
+    // Text value `index` of an instance, NUL-terminated, valid while the
+    // list lives; false when out of range.
+    bool TextValueAt(const FbxFieldInstance& instance, int index, std::string_view& text) const;
+
     FbxFieldList* Parent() const { return parent_; }
     FbxFieldList* Child() const { return child_.get(); }
     // Replaces any open child with a new, unloaded list at `offset`.
@@ -86,6 +100,7 @@ private:
     bool WalkValues(FbxFieldInstance& instance, uint32_t count);
 
     FbxFile* file_;
+    FbxTextBlockIndex* textIndex_;
     uint32_t offset_;
     bool binary_;
     bool swap_;
@@ -94,7 +109,8 @@ private:
     std::vector<std::unique_ptr<FbxField>> fields_;
     std::unordered_map<std::string, FbxField*> loadIndex_;  // lower-case name, only while loading big levels
     FbxField* lastField_ = nullptr;
-    std::vector<uint32_t> valueOffsets_;
+    std::vector<uint32_t> valueOffsets_;  // binary: into the value bytes; text: into text_
+    std::string text_;                    // text values, each ending in a NUL
 
     uint8_t* buffer_ = nullptr;
     size_t capacity_ = 0;

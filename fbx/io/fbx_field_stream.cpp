@@ -3,6 +3,8 @@
 #include "fbx/io/fbx_array_decode.h"
 #include "fbx/io/fbx_byte_order.h"
 #include "fbx/io/fbx_cached_file.h"
+#include "fbx/io/fbx_text_field_reader.h"
+#include "fbx/io/fbx_text_values.h"
 
 #include <sys/stat.h>
 
@@ -98,6 +100,7 @@ void FbxFieldStream::Close() {
     CloseSection();
     section0Root_.reset();
     sectionRoot_.reset();
+    textIndex_.reset();
     root_ = nullptr;
     current_ = nullptr;
     sectionOffsets_.clear();
@@ -203,19 +206,29 @@ bool FbxFieldStream::ReadBinaryHeader() {
 }
 
 bool FbxFieldStream::ReadTextHeader() {
-    // The text syntax plugs in here: it probes the first line for the text
-    // header and sets the version. Until then only binary files are read.
-    return false;
+    uint32_t version = 0;
+    if (!FbxReadTextHeader(*file_, version)) return false;
+    // A text file has one section, from the top of the file: the header
+    // comment is part of its text.
+    binary_ = false;
+    swap_ = false;
+    fileVersion_ = version;
+    headerEnd_ = 0;
+    textIndex_ = std::make_unique<FbxTextBlockIndex>();
+    return true;
 }
 
 bool FbxFieldStream::ReadHeaderExtension(FbxHeaderExtensionReader* owner, FbxHeaderInfo* headerInfo) {
-    if (!binary_) return true;
+    // Only the first field of the file is looked at.
     FbxString name;
     uint32_t blockOffset = 0;
-    if (!FbxFieldList::PeekFirstRecord(file_, headerEnd_, swap_, name, blockOffset)) return true;
+    bool found = binary_ ? FbxFieldList::PeekFirstRecord(file_, headerEnd_, swap_, name, blockOffset)
+                         : FbxPeekFirstTextField(*file_, headerEnd_, name, blockOffset);
+    if (!found) return true;
     if (FbxFieldList::CompareNoCase(name, "FBXHeaderExtension") != 0 || blockOffset == 0) return true;
 
     FbxFieldList list(file_, blockOffset, binary_, swap_);
+    list.SetTextIndex(textIndex_.get());
     if (!list.Load()) {
         ReportCorrupted(FbxStatus::eInvalidFile);
         return false;
@@ -357,6 +370,7 @@ bool FbxFieldStream::OpenSection(int index) {
         sectionRoot_ =
             std::make_unique<FbxFieldList>(file_, sectionOffsets_[static_cast<size_t>(index)], binary_, swap_);
         root_ = sectionRoot_.get();
+        root_->SetTextIndex(textIndex_.get());
         if (!root_->Load()) {
             sectionRoot_.reset();
             root_ = nullptr;
@@ -532,11 +546,30 @@ int FbxFieldStream::ValuesLeft() const {
 char FbxFieldStream::NextValueType() const {
     FbxFieldInstance* instance = CurrentInstance();
     if (!instance) return 'S';
+    if (!binary_) {
+        // Text has no codes: an array is told by its "*count", and
+        // everything else is text.
+        std::string_view text;
+        bool array = current_->TextValueAt(*instance, static_cast<int>(instance->Cursor()), text) && !text.empty() &&
+                     text[0] == '*';
+        return array ? 'a' : 'S';
+    }
     char code = current_->ValueCode(*instance, static_cast<int>(instance->Cursor()));
     return code ? code : 'S';
 }
 
 // --- Values -----------------------------------------------------------------
+//
+// A binary value is read by its bytes; a text value converts its text as the
+// read asks: numbers in base 10, a blob from base64, an array from the
+// values of its block.
+
+bool FbxFieldStream::TakeText(std::string_view& text) {
+    FbxFieldInstance* instance = CurrentInstance();
+    if (!instance || !current_->TextValueAt(*instance, static_cast<int>(instance->Cursor()), text)) return false;
+    instance->SetCursor(instance->Cursor() + 1);
+    return true;
+}
 
 const uint8_t* FbxFieldStream::TakeValue(char& code, size_t& available) {
     code = 0;
@@ -555,6 +588,10 @@ const uint8_t* FbxFieldStream::TakeValue(char& code, size_t& available) {
 char FbxFieldStream::NextByte() { return static_cast<char>(NextUByte()); }
 
 unsigned char FbxFieldStream::NextUByte() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? static_cast<unsigned char>(FbxTextToInt(text)) : 0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -562,6 +599,10 @@ unsigned char FbxFieldStream::NextUByte() {
 }
 
 char FbxFieldStream::NextChar() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? text.data()[0] : 0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -569,6 +610,10 @@ char FbxFieldStream::NextChar() {
 }
 
 bool FbxFieldStream::NextBool() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) && FbxTextToULong(text) != 0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -581,24 +626,48 @@ bool FbxFieldStream::NextBool() {
 short FbxFieldStream::NextShort() { return static_cast<short>(NextUShort()); }
 
 unsigned short FbxFieldStream::NextUShort() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? static_cast<unsigned short>(FbxTextToInt(text)) : 0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
     return value ? static_cast<unsigned short>(LoadWidth(value, available, 2, swap_)) : 0;
 }
 
-int FbxFieldStream::NextInt() { return static_cast<int>(NextUInt()); }
+int FbxFieldStream::NextInt() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? FbxTextToInt(text) : 0;
+    }
+    return static_cast<int>(NextUInt());
+}
 
 unsigned int FbxFieldStream::NextUInt() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? static_cast<unsigned int>(FbxTextToULong(text)) : 0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
     return value ? static_cast<unsigned int>(LoadWidth(value, available, 4, swap_)) : 0;
 }
 
-int64_t FbxFieldStream::NextLong() { return static_cast<int64_t>(NextULong()); }
+int64_t FbxFieldStream::NextLong() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? FbxTextToLong(text) : 0;
+    }
+    return static_cast<int64_t>(NextULong());
+}
 
 uint64_t FbxFieldStream::NextULong() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? FbxTextToULong(text) : 0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -622,6 +691,7 @@ double FbxFieldStream::ReadDoubleOf(char code, const uint8_t* value, size_t avai
 }
 
 float FbxFieldStream::NextFloat() {
+    if (!binary_) return static_cast<float>(NextDouble());
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -630,6 +700,10 @@ float FbxFieldStream::NextFloat() {
 }
 
 double FbxFieldStream::NextDouble() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? FbxTextToDouble(text) : 0.0;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -637,6 +711,10 @@ double FbxFieldStream::NextDouble() {
 }
 
 const char* FbxFieldStream::NextString() {
+    if (!binary_) {
+        std::string_view text;
+        return TakeText(text) ? text.data() : "";
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -674,6 +752,8 @@ const char* FbxFieldStream::NextString() {
 }
 
 int64_t FbxFieldStream::NextTime() {
+    // Text gives ticks from version 2001 on, and seconds before.
+    if (!binary_ && SectionVersion(currentSection_ < 0 ? 0 : currentSection_) >= 2001) return NextLong();
     if (NextValueType() == 'L') return NextLong();
     return SecondsToTicks(NextDouble());
 }
@@ -685,6 +765,15 @@ void FbxFieldStream::NextTimeSpan(int64_t& start, int64_t& stop) {
 
 const void* FbxFieldStream::NextBlob(int& size) {
     size = 0;
+    if (!binary_) {
+        std::string_view text;
+        bool taken = TakeText(text);
+        FbxByteBuffer& scratch = CurrentInstance()->Scratch();
+        if (!taken || !FbxDecodeBase64(text, scratch) || scratch.Size() == 0 || scratch.Size() > INT32_MAX)
+            return nullptr;
+        size = static_cast<int>(scratch.Size());
+        return scratch.Data();
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
@@ -704,51 +793,64 @@ void FbxFieldStream::NextDoubles(double* values, int count) {
     for (int i = 0; i < count; ++i) values[i] = NextDouble();
 }
 
-const void* FbxFieldStream::NextArray(char expected, char boolean, size_t elementSize, int& count) {
+const void* FbxFieldStream::NextArray(char expected, FbxTextElement type, size_t elementSize, int& count) {
     count = 0;
+    if (!binary_) {
+        // "*count", with the values in the field's block as one field "a";
+        // whatever the code asked for, since text has none.
+        std::string_view text;
+        if (!TakeText(text) || text.empty() || text[0] != '*') return nullptr;
+        int64_t wanted = FbxTextToLong(text.substr(1));
+        FbxFieldInstance* instance = CurrentInstance();
+        if (wanted < 1 || wanted > INT32_MAX) return nullptr;
+        uint32_t got = FbxLoadTextArray(*file_, instance->BlockOffset(), static_cast<uint32_t>(wanted), type,
+                                        instance->Scratch(), textIndex_.get());
+        count = static_cast<int>(got);
+        return got ? instance->Scratch().Data() : nullptr;
+    }
     char code;
     size_t available;
     const uint8_t* value = TakeValue(code, available);
     if (!value || code != expected) return nullptr;
     FbxByteBuffer& scratch = CurrentInstance()->Scratch();
-    uint32_t decoded = FbxDecodeArray(value, available, elementSize, swap_, boolean != 0, scratch);
+    uint32_t decoded = FbxDecodeArray(value, available, elementSize, swap_, type == FbxTextElement::eBool, scratch);
     if (decoded == 0 || decoded > INT32_MAX) return nullptr;
     count = static_cast<int>(decoded);
     return scratch.Data();
 }
 
 const bool* FbxFieldStream::NextBoolArray(int& count, char code) {
-    return static_cast<const bool*>(NextArray(code, 1, 1, count));
+    return static_cast<const bool*>(NextArray(code, FbxTextElement::eBool, 1, count));
 }
 const char* FbxFieldStream::NextByteArray(int& count, char code) {
-    return static_cast<const char*>(NextArray(code, 0, 1, count));
+    return static_cast<const char*>(NextArray(code, FbxTextElement::eInt8, 1, count));
 }
 const unsigned char* FbxFieldStream::NextUByteArray(int& count, char code) {
-    return static_cast<const unsigned char*>(NextArray(code, 0, 1, count));
+    return static_cast<const unsigned char*>(NextArray(code, FbxTextElement::eInt8, 1, count));
 }
 const short* FbxFieldStream::NextShortArray(int& count, char code) {
-    return static_cast<const short*>(NextArray(code, 0, 2, count));
+    return static_cast<const short*>(NextArray(code, FbxTextElement::eInt16, 2, count));
 }
 const unsigned short* FbxFieldStream::NextUShortArray(int& count, char code) {
-    return static_cast<const unsigned short*>(NextArray(code, 0, 2, count));
+    return static_cast<const unsigned short*>(NextArray(code, FbxTextElement::eInt16, 2, count));
 }
 const int* FbxFieldStream::NextIntArray(int& count, char code) {
-    return static_cast<const int*>(NextArray(code, 0, 4, count));
+    return static_cast<const int*>(NextArray(code, FbxTextElement::eInt32, 4, count));
 }
 const unsigned int* FbxFieldStream::NextUIntArray(int& count, char code) {
-    return static_cast<const unsigned int*>(NextArray(code, 0, 4, count));
+    return static_cast<const unsigned int*>(NextArray(code, FbxTextElement::eUInt32, 4, count));
 }
 const float* FbxFieldStream::NextFloatArray(int& count, char code) {
-    return static_cast<const float*>(NextArray(code, 0, 4, count));
+    return static_cast<const float*>(NextArray(code, FbxTextElement::eFloat, 4, count));
 }
 const double* FbxFieldStream::NextDoubleArray(int& count, char code) {
-    return static_cast<const double*>(NextArray(code, 0, 8, count));
+    return static_cast<const double*>(NextArray(code, FbxTextElement::eDouble, 8, count));
 }
 const int64_t* FbxFieldStream::NextLongArray(int& count, char code) {
-    return static_cast<const int64_t*>(NextArray(code, 0, 8, count));
+    return static_cast<const int64_t*>(NextArray(code, FbxTextElement::eInt64, 8, count));
 }
 const uint64_t* FbxFieldStream::NextULongArray(int& count, char code) {
-    return static_cast<const uint64_t*>(NextArray(code, 0, 8, count));
+    return static_cast<const uint64_t*>(NextArray(code, FbxTextElement::eUInt64, 8, count));
 }
 
 // --- Reads of a whole field -------------------------------------------------

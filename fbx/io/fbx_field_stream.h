@@ -3,6 +3,7 @@
 #include "fbx/io/fbx_field_list.h"
 #include "fbx/io/fbx_file.h"
 #include "fbx/io/fbx_header_info.h"
+#include "fbx/io/fbx_text_field_reader.h"
 #include "fbx/model/fbx_status.h"
 #include "fbx/model/fbx_string.h"
 
@@ -21,7 +22,10 @@ public:
     virtual void ReadHeaderExtension(FbxFieldStream& stream) = 0;
 };
 
-// One open FBX file served as a tree of named fields, whatever its syntax.
+// One open FBX file served as a tree of named fields, whatever its syntax:
+// binary, or text (see fbx_text_field_reader.h), told apart by the header.
+// Text values have no codes: NextValueType gives 'a' for an array and 'S'
+// for all else, and each read converts the text as it asks.
 //
 // Open a file, open a section (the first one by default), then walk: a field
 // is taken by name with BeginField, its values are read in order with the
@@ -197,7 +201,10 @@ private:
     // value list; moves the cursor. Null past the last value.
     const uint8_t* TakeValue(char& code, size_t& available);
     FbxFieldInstance* CurrentInstance() const;
-    const void* NextArray(char expected, char boolean, size_t elementSize, int& count);
+    // Text: the next value's text (NUL-terminated); false past the last
+    // value. Moves the cursor.
+    bool TakeText(std::string_view& text);
+    const void* NextArray(char expected, FbxTextElement type, size_t elementSize, int& count);
     double ReadDoubleOf(char code, const uint8_t* value, size_t available) const;
 
     FbxStatus ownStatus_;
@@ -209,8 +216,9 @@ private:
     std::vector<uint32_t> sectionVersions_;
     int currentSection_ = -1;
 
-    std::unique_ptr<FbxFieldList> sectionRoot_;   // root of an open section other than 0
-    std::unique_ptr<FbxFieldList> section0Root_;  // kept once loaded
+    std::unique_ptr<FbxFieldList> sectionRoot_;     // root of an open section other than 0
+    std::unique_ptr<FbxFieldList> section0Root_;    // kept once loaded
+    std::unique_ptr<FbxTextBlockIndex> textIndex_;  // of a text file
     FbxFieldList* root_ = nullptr;
     FbxFieldList* current_ = nullptr;
 

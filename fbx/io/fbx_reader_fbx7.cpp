@@ -275,7 +275,9 @@ void FbxReaderFbx7::ReadFileCounts() {
         models += s.FieldInstanceCount("Model");
         devices += s.FieldInstanceCount("Device");
         while (s.BeginField("Model")) {
-            if (s.NextValueType() == 'L') s.NextLong();
+            // The object id comes first: a 64-bit value in binary, the first
+            // of the three values (id, name, type) in text.
+            if (s.NextValueType() == 'L' || (!s.IsBinary() && s.ValueCount() >= 3)) s.NextLong();
             if (marksTemplateFile(s.NextString())) templateFile = true;
             s.EndField();
         }
