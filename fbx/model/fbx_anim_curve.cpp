@@ -3,3 +3,14 @@
 KIVA_FBX_OBJECT_IMPLEMENT(FbxAnimCurve)
 
 FbxAnimCurve::FbxAnimCurve(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
+
+void FbxAnimCurve::Construct(const FbxObject* from) {
+    ParentClass::Construct(from);
+    if (const FbxAnimCurve* curve = FbxCast<FbxAnimCurve>(from)) curve_.CopyFrom(curve->curve_);
+}
+
+bool FbxAnimCurve::CopyFrom(const FbxObject& other) {
+    if (!ParentClass::CopyFrom(other)) return false;
+    curve_.CopyFrom(static_cast<const FbxAnimCurve&>(other).curve_);
+    return true;
+}
