@@ -1,7 +1,10 @@
 #include "fbx/dump/fbxdump.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <ostream>
 
+#include "fbx/dump/animation_dump.h"
 #include "fbx/dump/dump_value.h"
 #include "fbx/dump/field_dump.h"
 #include "fbx/dump/scene_dump.h"
@@ -13,7 +16,7 @@
 
 namespace {
 
-const char kUsage[] = "usage: fbxdump [--fields] [--json] FILE.fbx\n";
+const char kUsage[] = "usage: fbxdump [--fields] [--json] [--time SECONDS[,SECONDS...]]... FILE.fbx\n";
 
 // Destroys the manager, and with it every object, on every way out.
 struct ManagerScope {
@@ -28,13 +31,36 @@ void write(const DumpValue& value, bool json, std::ostream& out) {
         writeText(value, out);
 }
 
+// Adds the comma-separated seconds of a --time argument; false for anything
+// that is not a finite number.
+bool parseTimes(const std::string& text, std::vector<double>& times) {
+    size_t start = 0;
+    while (true) {
+        size_t comma = text.find(',', start);
+        std::string part = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        char* end = nullptr;
+        double value = std::strtod(part.c_str(), &end);
+        if (part.empty() || *end != '\0' || !std::isfinite(value)) return false;
+        times.push_back(value);
+        if (comma == std::string::npos) return true;
+        start = comma + 1;
+    }
+}
+
 }  // namespace
 
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
     bool fields = false, json = false;
     std::string path;
-    for (const std::string& arg : args) {
-        if (arg == "--fields") {
+    std::vector<double> times;
+    for (size_t a = 0; a < args.size(); ++a) {
+        const std::string& arg = args[a];
+        if (arg == "--time") {
+            if (a + 1 == args.size() || !parseTimes(args[++a], times)) {
+                err << "fbxdump: --time needs seconds, such as 0.5 or 0,0.5,1\n" << kUsage;
+                return 1;
+            }
+        } else if (arg == "--fields") {
             fields = true;
         } else if (arg == "--json") {
             json = true;
@@ -53,6 +79,10 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
     }
     if (path.empty()) {
         err << kUsage;
+        return 1;
+    }
+    if (fields && !times.empty()) {
+        err << "fbxdump: --time shows the scene, not the fields\n" << kUsage;
         return 1;
     }
 
@@ -85,6 +115,8 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
     bool ok = importer->Import(scene);
     dump.add("nodes", dumpNodeTree(*scene));
     dump.add("objects", dumpObjects(*scene));
+    dump.add("animation", dumpAnimation(*scene));
+    dump.add("transforms", dumpTransforms(*scene, times));
     write(dump, json, out);
     const FbxStatus& status = importer->GetStatus();
     if (!ok) {

@@ -9,10 +9,11 @@
 // to `err`; gives the exit code: 0 for a dump, 1 for a usage error or a
 // file that cannot be read.
 //
-//     fbxdump [--fields] [--json] FILE.fbx
+//     fbxdump [--fields] [--json] [--time SECONDS[,SECONDS...]]... FILE.fbx
 //
 // By default it shows the file's version and creator, the node tree from
-// the root and every object of the scene by class. --fields shows the raw
+// the root, every object of the scene by class, the animation stacks and
+// each node's local and global matrix: static, or at each --time given. --fields shows the raw
 // field tree of the file instead; --json writes either as one JSON
 // document. A file that imports only in part is dumped as far as it was
 // read, its status goes to `err`, and the exit code is 1.
