@@ -42,6 +42,8 @@ public:
 
 protected:
     void Construct(const FbxObject* from) override;
+    // Curve nodes that hold this curve let go of it.
+    void Destruct(bool recursive) override;
 
 private:
     KFCurve curve_;

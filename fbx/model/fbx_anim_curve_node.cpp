@@ -9,6 +9,7 @@
 #include "fbx/model/fbx_anim_value.h"
 #include "fbx/model/fbx_connection_point.h"
 #include "fbx/model/fbx_manager.h"
+#include "fbx/model/fbx_property_page.h"
 #include "fbx/model/fbx_quaternion_interpolation.h"
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxAnimCurveNode)
@@ -23,16 +24,29 @@ void FbxAnimCurveNode::ConstructProperties(bool forceSet) {
     sChannels = FbxProperty::Create(ClassId.GetRootClassProperty(), FbxCompoundDT, "d").GetId();
 }
 
-unsigned FbxAnimCurveNode::GetChannelsCount() const {
-    unsigned count = 0;
-    for (FbxProperty c = GetChannels().GetChild(); c.IsValid(); c = c.GetSibling()) ++count;
-    return count;
+std::vector<FbxAnimCurveNode::Channel>& FbxAnimCurveNode::Channels() const {
+    uint64_t generation = FbxAnimEvalState::CurveNodeGeneration();
+    int pageSize = GetPropertyPage() ? GetPropertyPage()->EntryCount() : 0;
+    if (generation == channelsGeneration_ && pageSize == channelsPageSize_) return channels_;
+    const FbxCriteria curves = FbxCriteria::ObjectType(FbxAnimCurve::ClassId);
+    std::vector<Channel> channels;
+    for (FbxProperty c = GetChannels().GetChild(); c.IsValid(); c = c.GetSibling()) {
+        // A channel keeps its search start when it stays.
+        size_t i = channels.size();
+        int32_t lastIndex = i < channels_.size() && channels_[i].property == c ? channels_[i].lastIndex : 0;
+        channels.push_back({c, static_cast<FbxAnimCurve*>(c.GetSrcObject(curves, 0)), lastIndex});
+    }
+    channels_.swap(channels);
+    channelsGeneration_ = generation;
+    channelsPageSize_ = pageSize;
+    return channels_;
 }
 
+unsigned FbxAnimCurveNode::GetChannelsCount() const { return static_cast<unsigned>(Channels().size()); }
+
 FbxProperty FbxAnimCurveNode::GetChannel(unsigned channel) const {
-    FbxProperty c = GetChannels().GetChild();
-    for (unsigned i = 0; i < channel && c.IsValid(); ++i) c = c.GetSibling();
-    return c;
+    const std::vector<Channel>& channels = Channels();
+    return channel < channels.size() ? channels[channel].property : FbxProperty();
 }
 
 bool FbxAnimCurveNode::AddChannel(const char* name, double value) {
@@ -59,9 +73,11 @@ bool FbxAnimCurveNode::SetChannelValue(unsigned channel, double value) {
 }
 
 FbxAnimCurve* FbxAnimCurveNode::GetCurve(unsigned channel, unsigned index) const {
-    FbxProperty c = GetChannel(channel);
-    if (!c.IsValid()) return nullptr;
-    return static_cast<FbxAnimCurve*>(c.GetSrcObject(FbxCriteria::ObjectType(FbxAnimCurve::ClassId), int(index)));
+    const std::vector<Channel>& channels = Channels();
+    if (channel >= channels.size()) return nullptr;
+    if (index == 0) return channels[channel].curve;
+    FbxCriteria curves = FbxCriteria::ObjectType(FbxAnimCurve::ClassId);
+    return static_cast<FbxAnimCurve*>(channels[channel].property.GetSrcObject(curves, int(index)));
 }
 
 int FbxAnimCurveNode::GetCurveCount(unsigned channel) const {
@@ -77,28 +93,23 @@ bool FbxAnimCurveNode::ConnectToChannel(FbxAnimCurve* curve, unsigned channel) {
 unsigned FbxAnimCurveNode::Evaluate(double* values, FbxTime time) {
     // Each channel keeps its last key index, so that times that move forward
     // find their segment in a step.
-    unsigned count = 0;
-    const FbxCriteria curves = FbxCriteria::ObjectType(FbxAnimCurve::ClassId);
-    FbxProperty channel[3];
-    for (FbxProperty c = GetChannels().GetChild(); c.IsValid(); c = c.GetSibling(), ++count) {
-        if (count >= lastIndices_.size()) lastIndices_.resize(count + 1, 0);
-        if (count < 3) channel[count] = c;
-        auto* curve = static_cast<FbxAnimCurve*>(c.GetSrcObject(curves, 0));
-        if (curve) {
-            values[count] = curve->Evaluate(time, &lastIndices_[count]);
+    std::vector<Channel>& channels = Channels();
+    unsigned count = static_cast<unsigned>(channels.size());
+    for (unsigned i = 0; i < count; ++i) {
+        Channel& c = channels[i];
+        if (c.curve) {
+            values[i] = c.curve->Evaluate(time, &c.lastIndex);
         } else {
             double value = 0.0;
-            c.Get(value);
-            values[count] = value;
+            c.property.Get(value);
+            values[i] = value;
         }
     }
     if (quaternionMode_ != 0 && count >= 3) {
         FbxRotationChannel rotation[3];
         for (int i = 0; i < 3; ++i) {
-            auto* curve = static_cast<FbxAnimCurve*>(channel[i].GetSrcObject(curves, 0));
-            rotation[i].curve = curve ? &curve->GetKFCurve() : nullptr;
-            rotation[i].value = 0.0;
-            if (!curve) channel[i].Get(rotation[i].value);
+            rotation[i].curve = channels[i].curve ? &channels[i].curve->GetKFCurve() : nullptr;
+            rotation[i].value = values[i];
         }
         double angles[3];
         if (EvaluateQuaternionInterpolation(quaternionMode_, rotation, time, angles))

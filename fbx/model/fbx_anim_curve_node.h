@@ -71,10 +71,24 @@ protected:
     void Destruct(bool recursive) override;
 
 private:
+    // A channel and its first curve, with the last key index found on it.
+    struct Channel {
+        FbxProperty property;
+        FbxAnimCurve* curve;
+        int32_t lastIndex;
+    };
+
     static int sChannels;
 
-    // The last key index of each channel between evaluations.
-    std::vector<int32_t> lastIndices_;
+    // The channels as they stand, read again whenever a curve node or a
+    // curve changed its connections or went (see
+    // FbxAnimEvalState::CurveNodeGeneration) and whenever this object's
+    // property page changed its size, as a new channel makes it.
+    std::vector<Channel>& Channels() const;
+
+    mutable std::vector<Channel> channels_;
+    mutable uint64_t channelsGeneration_ = ~uint64_t(0);
+    mutable int channelsPageSize_ = -1;
     uint16_t quaternionMode_ = 0;
     ETransformKind transformKind_ = eOther;
 };
