@@ -1,9 +1,12 @@
 #include "fbx/dump/fbxdump.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
 
+#include "fbx/dump/animation_dump.h"
 #include "fbx/dump/dump_value.h"
 #include "fbx/dump/fbx_text_writer.h"
 #include "fbx/dump/field_dump.h"
@@ -16,7 +19,8 @@
 
 namespace {
 
-const char kUsage[] = "usage: fbxdump [--fields] [--json] [--write-text OUT.fbx] FILE.fbx\n";
+const char kUsage[] =
+    "usage: fbxdump [--fields] [--json] [--time SECONDS[,SECONDS...]]... [--write-text OUT.fbx] FILE.fbx\n";
 
 // Destroys the manager, and with it every object, on every way out.
 struct ManagerScope {
@@ -61,11 +65,28 @@ int writeTextFile(const std::string& path, const std::string& target, std::ostre
     return 1;
 }
 
+// Adds the comma-separated seconds of a --time argument; false for anything
+// that is not a finite number.
+bool parseTimes(const std::string& text, std::vector<double>& times) {
+    size_t start = 0;
+    while (true) {
+        size_t comma = text.find(',', start);
+        std::string part = text.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        char* end = nullptr;
+        double value = std::strtod(part.c_str(), &end);
+        if (part.empty() || *end != '\0' || !std::isfinite(value)) return false;
+        times.push_back(value);
+        if (comma == std::string::npos) return true;
+        start = comma + 1;
+    }
+}
+
 }  // namespace
 
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
     bool fields = false, json = false;
     std::string path, textTarget;
+    std::vector<double> times;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "--write-text") {
@@ -74,6 +95,11 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
                 return 1;
             }
             textTarget = args[++i];
+        } else if (arg == "--time") {
+            if (i + 1 == args.size() || !parseTimes(args[++i], times)) {
+                err << "fbxdump: --time needs seconds, such as 0.5 or 0,0.5,1\n" << kUsage;
+                return 1;
+            }
         } else if (arg == "--fields") {
             fields = true;
         } else if (arg == "--json") {
@@ -93,6 +119,10 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
     }
     if (path.empty()) {
         err << kUsage;
+        return 1;
+    }
+    if (fields && !times.empty()) {
+        err << "fbxdump: --time shows the scene, not the fields\n" << kUsage;
         return 1;
     }
 
@@ -127,6 +157,8 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
     bool ok = importer->Import(scene);
     dump.add("nodes", dumpNodeTree(*scene));
     dump.add("objects", dumpObjects(*scene));
+    dump.add("animation", dumpAnimation(*scene));
+    dump.add("transforms", dumpTransforms(*scene, times));
     write(dump, json, out);
     const FbxStatus& status = importer->GetStatus();
     if (!ok) {

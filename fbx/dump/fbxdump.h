@@ -9,12 +9,14 @@
 // to `err`; gives the exit code: 0 for a dump, 1 for a usage error or a
 // file that cannot be read.
 //
-//     fbxdump [--fields] [--json] [--write-text OUT.fbx] FILE.fbx
+//     fbxdump [--fields] [--json] [--time SECONDS[,SECONDS...]]... [--write-text OUT.fbx] FILE.fbx
 //
 // FILE may be a binary or a text FBX file. By default it shows the file's
-// version, creator and syntax, the node tree from the root and every object
-// of the scene by class. --fields shows the raw field tree of the file
-// instead; --json writes either as one JSON document. --write-text writes
-// the file's field tree to OUT.fbx in the text syntax and shows nothing. A file that imports only in part is dumped as
-// far as it was read, its status goes to `err`, and the exit code is 1.
+// version, creator and syntax, the node tree from the root, every object of
+// the scene by class, the animation stacks and each node's local and global
+// matrix: static, or at each --time given. --fields shows the raw field tree
+// of the file instead; --json writes either as one JSON document.
+// --write-text writes the file's field tree to OUT.fbx in the text syntax
+// and shows nothing. A file that imports only in part is dumped as far as it
+// was read, its status goes to `err`, and the exit code is 1.
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);

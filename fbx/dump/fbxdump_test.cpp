@@ -163,7 +163,48 @@ TEST_F(FbxDump, UnreadableFilesGiveTheImporterStatusAndExitOne) {
     EXPECT_TRUE(contains(run.out, "name: \"RootNode\""));
 }
 
+TEST_F(FbxDump, AnimationAndTransformsAtTimes) {
+    std::string file = std::string(KIVA_SOURCE_DIR) + "/testdata/fbx/blender_animation/object_actions.fbx";
+    DumpRun run = dump({"--time", "0.375,1", "--time", "-2", file});
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_TRUE(contains(run.out,
+                         "          - name: \"R\"\n"
+                         "            animates: [\"EulerXYZ|Lcl Rotation\"]\n"
+                         "            channels:\n"
+                         "              - name: \"X\"\n"
+                         "                value: 0\n"
+                         "                curve:\n"
+                         "                  name: \"\"\n"
+                         "                  keys: 17\n"
+                         "                  firstKey: 0.041666666666666664\n"
+                         "                  lastKey: 0.7083333333333334\n"
+                         "                  interpolations: [\"Linear\"]\n"))
+        << run.out;
+    // Frame 9, where Blender's world matrix of EulerXYZ has the columns
+    // (0.4698, 0.8138, -0.3420), ... and the translation (1, 2, 3).
+    size_t at = run.out.find("  - time: 0.375\n");
+    ASSERT_NE(at, std::string::npos);
+    size_t node = run.out.find("name: \"EulerXYZ\"", at);
+    ASSERT_NE(node, std::string::npos);
+    EXPECT_EQ(run.out.substr(run.out.find("global: ", node), 18), "global: [[0.469846");
+    EXPECT_TRUE(contains(run.out.substr(node, 400), "[1, 2, 3, 1]]"));
+    EXPECT_TRUE(contains(run.out, "  - time: 1\n"));
+    EXPECT_TRUE(contains(run.out, "  - time: -2\n"));
+    EXPECT_FALSE(contains(run.out, "time: \"static\""));
+    DumpRun json = dump({"--json", file});
+    EXPECT_TRUE(wellFormedJson(json.out));
+    EXPECT_TRUE(contains(json.out, "\"time\": \"static\""));
+}
+
 TEST_F(FbxDump, UsageErrors) {
+    for (std::vector<std::string> args : {std::vector<std::string>{"--time"},
+                                          {"--time", "1,x", blender("textured_cube")},
+                                          {"--time", "", blender("textured_cube")},
+                                          {"--fields", "--time", "1", blender("textured_cube")}}) {
+        DumpRun run = dump(args);
+        EXPECT_EQ(run.code, 1);
+        EXPECT_TRUE(contains(run.err, "usage: fbxdump")) << run.err;
+    }
     EXPECT_EQ(dump({}).code, 1);
     DumpRun unknown = dump({"--tree", blender("textured_cube")});
     EXPECT_EQ(unknown.code, 1);

@@ -110,6 +110,8 @@ bool Fbx7DocumentReader::Read(FbxDocument* document) {
         // Textures, cameras and lights need no pass of their own here: the
         // objects this system reads are complete once connected.
         ReadConnections();
+        ReadTakes();
+        FinishAnimation();
         ReadEmbedding();
         if (scene_) PostProcessScene();
         StoreMediaFolder();

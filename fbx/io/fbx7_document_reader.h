@@ -83,6 +83,16 @@ private:
     FbxObject* ReadModel(const char* name, FbxObject* referenced);
     FbxObject* ReadNodeAttribute(const char* subclass, const char* name, FbxObject* referenced);
     FbxObject* ReadMaterial(const char* subclass, const char* name, FbxObject* referenced);
+    // --- Animation records (fbx7_animation_records.cpp) ---
+    // A stack, layer, curve node or curve: "Properties70", and a curve's keys.
+    FbxObject* ReadAnimationObject(const FbxString& word, const char* name, FbxObject* referenced);
+    // The "Takes" step: stacks named like a selected take get its spans;
+    // then each curve node learns the kind of transform it drives.
+    void ReadTakes();
+    // Once everything is connected: quaternion modes reach the rotation
+    // curve nodes, and the scene's first stack is the evaluator's context
+    // unless another stack of a document is.
+    void FinishAnimation();
     // "Version" then "Properties70", with the progress step between.
     void ReadVersionAndProperties(FbxObject* object);
     void StepProgress(const char* text);

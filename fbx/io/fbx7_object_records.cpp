@@ -183,6 +183,9 @@ void Fbx7DocumentReader::ReadObject(const FbxString& word, int64_t id, const Fbx
     } else if (word == "Collection" && subclass == "SelectionSet") {
         object = MakeObject(FbxSelectionSet::ClassId, n, referenced);
         ReadVersionAndProperties(object);
+    } else if (word == "AnimationStack" || word == "AnimationLayer" || word == "AnimationCurveNode" ||
+               word == "AnimationCurve") {
+        object = ReadAnimationObject(word, n, referenced);
     } else if (word == "SceneReference") {
         // Kept by the manager alone: neither mapped nor connected.
         ReadVersionAndProperties(MakeObject(FbxSceneReference::ClassId, n, referenced));

@@ -7,8 +7,8 @@
 #include "fbx/io/fbx_header_info.h"
 #include "fbx/io/fbx_progress.h"
 #include "fbx/io/fbx_statistics.h"
-#include "fbx/io/fbx_take_info.h"
 #include "fbx/model/fbx_io_base.h"
+#include "fbx/model/fbx_take_info.h"
 
 class FbxDocument;
 class FbxDocumentInfo;

@@ -6,9 +6,9 @@
 #include "fbx/io/fbx_axis_info.h"
 #include "fbx/io/fbx_header_info.h"
 #include "fbx/io/fbx_statistics.h"
-#include "fbx/io/fbx_take_info.h"
 #include "fbx/model/fbx_status.h"
 #include "fbx/model/fbx_string.h"
+#include "fbx/model/fbx_take_info.h"
 
 class FbxDocument;
 class FbxDocumentInfo;

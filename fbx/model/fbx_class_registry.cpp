@@ -7,6 +7,7 @@
 
 #include "fbx/model/fbx_anim_curve.h"
 #include "fbx/model/fbx_anim_curve_node.h"
+#include "fbx/model/fbx_anim_evaluator.h"
 #include "fbx/model/fbx_anim_layer.h"
 #include "fbx/model/fbx_anim_stack.h"
 #include "fbx/model/fbx_blend_shape.h"

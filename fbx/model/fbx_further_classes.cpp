@@ -45,12 +45,6 @@ FbxAnimCurveBase::FbxAnimCurveBase(FbxManager& manager, const char* name) : Pare
 KIVA_FBX_OBJECT_IMPLEMENT(FbxAnimCurveKFCurve)
 FbxAnimCurveKFCurve::FbxAnimCurveKFCurve(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
 
-KIVA_FBX_OBJECT_IMPLEMENT_ABSTRACT(FbxAnimEvaluator)
-FbxAnimEvaluator::FbxAnimEvaluator(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
-
-KIVA_FBX_OBJECT_IMPLEMENT(FbxAnimEvalClassic)
-FbxAnimEvalClassic::FbxAnimEvalClassic(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
-
 KIVA_FBX_OBJECT_IMPLEMENT(FbxExporter)
 FbxExporter::FbxExporter(FbxManager& manager, const char* name) : ParentClass(manager, name) {}
 

@@ -74,14 +74,6 @@ class FbxAnimCurveKFCurve : public FbxAnimCurve {
     KIVA_FBX_OBJECT_DECLARE(FbxAnimCurveKFCurve, FbxAnimCurve)
 };
 
-class FbxAnimEvaluator : public FbxObject {
-    KIVA_FBX_OBJECT_DECLARE(FbxAnimEvaluator, FbxObject)
-};
-
-class FbxAnimEvalClassic : public FbxAnimEvaluator {
-    KIVA_FBX_OBJECT_DECLARE(FbxAnimEvalClassic, FbxAnimEvaluator)
-};
-
 class FbxExporter : public FbxIOBase {
     KIVA_FBX_OBJECT_DECLARE(FbxExporter, FbxIOBase)
 };

@@ -7,6 +7,7 @@
 #include "fbx/model/fbx_object.h"
 #include "fbx/model/fbx_string.h"
 
+class FbxAnimEvaluator;
 class FbxDocument;
 class FbxLibrary;
 class FbxIOSettings;
@@ -61,6 +62,12 @@ public:
     FbxDataType CreateDataType(const char* name, const FbxDataType& baseType);
     FbxDataType CreateDataType(const char* name, EFbxType type);
 
+    // The default evaluator of animation: made, as an FbxAnimEvalClassic
+    // named "DefaultEvaluator", at the first call; the same object later.
+    FbxAnimEvaluator* GetAnimationEvaluator();
+    // The default evaluator when it exists, else null.
+    FbxAnimEvaluator* FindAnimationEvaluator() const { return animationEvaluator_; }
+
     static int LiveManagerCount();
     // True while Destroy() takes every object down.
     bool IsDestroyingAll() const { return massDestruction_; }
@@ -81,4 +88,6 @@ private:
     FbxLibrary* rootLibrary_ = nullptr;
     FbxLibrary* systemLibraries_ = nullptr;
     FbxLibrary* userLibraries_ = nullptr;
+    FbxAnimEvaluator* animationEvaluator_ = nullptr;
+    friend class FbxAnimEvaluator;
 };

@@ -481,12 +481,6 @@ void FbxNode::UpdatePivotsAndLimitsFromProperties() {
     if (quaternionMode != 0) ApplyQuaternionInterpolationToAnimation(quaternionMode);
 }
 
-void FbxNode::ApplyQuaternionInterpolationToAnimation(int) {
-    // Seam for animation: for each animation stack of the node's scene, the
-    // curve node of "Lcl Rotation" on that stack takes this mode. Nothing
-    // to do until stacks and curve nodes carry the mode.
-}
-
 // Model record values ---------------------------------------------------------
 
 void FbxNode::SetShadingMode(EShadingMode mode) {

@@ -5,8 +5,10 @@
 
 #include "fbx/model/fbx_object.h"
 #include "fbx/model/fbx_pivot_set.h"
+#include "fbx/model/fbx_time.h"
 #include "fbx/model/fbx_transform_record.h"
 
+class FbxAnimStack;
 class FbxGeometry;
 class FbxMesh;
 class FbxNodeAttribute;
@@ -212,10 +214,43 @@ public:
     // TransformRecord, and rewrites the limits from their properties when
     // they differ. Called when a node's properties are complete.
     void UpdatePivotsAndLimitsFromProperties();
+    // Gives a quaternion interpolation mode to the curve nodes of "Lcl
+    // Rotation" in every layer of the stacks of the node's scene. The reader
+    // calls it again once the animation is connected.
+    void ApplyQuaternionInterpolationToAnimation(int mode);
 
     // The values that evaluation reads instead of properties.
     TransformRecord& GetTransform() { return transform_; }
     const TransformRecord& GetTransform() const { return transform_; }
+    // Copies a pivot set's rotation order, limit-space flag, offsets,
+    // pivots and pre- and post-rotation into the TransformRecord.
+    void LoadPivotSet(EPivotSet set);
+
+    // Evaluation, through the manager's evaluator (FbxAnimEvaluator): the
+    // global and local matrix, and the animated local values, at a time. At
+    // infinite time (or with no stack as the evaluator's context) curves do
+    // not count. The reference stays good until this node is evaluated at
+    // another time: copy it.
+    FbxAMatrix& EvaluateGlobalTransform(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                        bool applyTarget = false, bool forceEval = false);
+    FbxAMatrix& EvaluateLocalTransform(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                       bool applyTarget = false, bool forceEval = false);
+    FbxVector4& EvaluateLocalTranslation(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                         bool applyTarget = false, bool forceEval = false);
+    FbxVector4& EvaluateLocalRotation(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                      bool applyTarget = false, bool forceEval = false);
+    FbxVector4& EvaluateLocalScaling(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                     bool applyTarget = false, bool forceEval = false);
+
+    // The span of the keys of layer `layerIndex` of `stack` (the scene's
+    // first stack when null) on the properties of this node, of its default
+    // attribute and of every node below it. False, with `interval` left
+    // empty (start above stop), when there is no stack or layer or no curve
+    // of two keys or more.
+    bool GetAnimationInterval(FbxTimeSpan& interval, FbxAnimStack* stack = nullptr, int layerIndex = 0) const;
+
+    // A changed property value invalidates the node's evaluated record.
+    bool PropertyNotify(EPropertyNotifyType type, const FbxProperty& property) override;
 
     // What a file's model record says and nothing else reads.
     EShadingMode GetShadingMode() const { return shadingMode_; }
@@ -250,9 +285,6 @@ private:
     // The first six pivot vectors of set 0 into the TransformRecord.
     void CopyToTransform(FbxPivotSet::EVector which, const FbxVector4& v);
     LimitRecord ReadLimits(EProperty active, EProperty minVector, EProperty maxVector, EProperty minX) const;
-    // Gives the quaternion interpolation mode to the rotation curves of the
-    // node's animation stacks.
-    void ApplyQuaternionInterpolationToAnimation(int mode);
 
     struct PivotState {
         bool unset = true;

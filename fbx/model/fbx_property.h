@@ -6,6 +6,8 @@
 #include "fbx/model/fbx_data_type.h"
 #include "fbx/model/fbx_type_traits.h"
 
+class FbxAnimCurveNode;
+class FbxAnimLayer;
 class FbxObject;
 class FbxPropertyPage;
 class FbxConnectionPoint;
@@ -170,6 +172,12 @@ public:
     int GetDstPropertyCount(const FbxCriteria& criteria = FbxCriteria()) const;
     FbxProperty GetDstProperty(const FbxCriteria& criteria, int index) const;
     FbxProperty GetDstProperty(int index = 0) const { return GetDstProperty(FbxCriteria(), index); }
+
+    // The curve node that animates this property in `layer`, found through
+    // the cache of the manager's evaluator; with `create`, a missing one is
+    // made with a channel per component, connected to the layer and to this
+    // property. Null for an invalid property, one without owner, or no layer.
+    FbxAnimCurveNode* GetCurveNode(FbxAnimLayer* layer, bool create = false) const;
 
     // Moves the source object at `from` to position `to` of the sources.
     bool MoveSrcObject(int from, int to);

@@ -50,11 +50,12 @@ FbxQuaternion QuaternionSlerp(const FbxQuaternion& q1, const FbxQuaternion& q2, 
     }
 
     // Opposite quaternions: no plane to turn in, so the way goes through the
-    // quaternion at right angles to q1.
+    // quaternion at right angles to q1, (-y, x, -w, z). The blend of the two
+    // stays of unit length and starts at q1.
     if (std::fabs(q2[3] + q1[3]) < kEpsilon && std::fabs(q1[3] - 1.0) < kEpsilon && std::fabs(q1[0]) < kEpsilon &&
         std::fabs(q1[1]) < kEpsilon && std::fabs(q1[2]) < kEpsilon)
         return q2;
     const double a = std::sin((0.5 - w) * kPi);
     const double b = std::sin(w * kPi);
-    return {a * q1[0] - b * q1[1], a * q1[1] + b * q1[0], a * q1[2] - b * q1[3], q1[2]};
+    return {a * q1[0] - b * q1[1], a * q1[1] + b * q1[0], a * q1[2] - b * q1[3], a * q1[3] + b * q1[2]};
 }

@@ -52,8 +52,12 @@ TEST(FbxQuaternion, SlerpOfOppositeQuaternions) {
     const FbxQuaternion a(1, 0, 0, 0);
     ExpectQuaternion(QuaternionSlerp(a, -a, 0.0), a);
     ExpectQuaternion(QuaternionSlerp(a, -a, 0.5), FbxQuaternion(0, 1, 0, 0));
-    // The real part is not blended on this way: it is the first's z.
-    const FbxQuaternion c = Turn(0, 0, 1, 120);
+    // The way blends q1 with (-y, x, -w, z): unit length all along, q1 at
+    // the start.
+    const FbxQuaternion c = Turn(0.6, 0, 0.8, 120);
+    ExpectQuaternion(QuaternionSlerp(c, -c, 0.0), c);
     const double s = std::sin(0.25 * 3.141592653589793);
-    ExpectQuaternion(QuaternionSlerp(c, -c, 0.25), FbxQuaternion(0, 0, s * c[2] - s * c[3], c[2]));
+    ExpectQuaternion(QuaternionSlerp(c, -c, 0.25),
+                     FbxQuaternion(s * c[0] - s * c[1], s * c[1] + s * c[0], s * c[2] - s * c[3], s * c[3] + s * c[2]));
+    for (double w : {0.1, 0.25, 0.5, 0.9}) EXPECT_NEAR(QuaternionSlerp(c, -c, w).Length(), 1.0, 1e-12) << w;
 }

@@ -1,18 +1,10 @@
 #pragma once
 
-#include <cstdint>
-
 #include "fbx/model/fbx_string.h"
 #include "fbx/model/fbx_time.h"
 
-// A span of time: a start and a stop.
-struct FbxTimeSpan {
-    FbxTime start;
-    FbxTime stop;
-    friend bool operator==(const FbxTimeSpan&, const FbxTimeSpan&) = default;
-};
-
-// One take of a file's "Takes" block.
+// One take of a file's take list: a name, its description and its time
+// spans, which the stack of the same name takes over.
 struct FbxTakeInfo {
     FbxString name;
     FbxString importedName;
