@@ -1,6 +1,7 @@
 #include "fbx/io/fbx_field_walk_testing.h"
 
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -117,35 +118,53 @@ void ReadValue(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays) {
     }
 }
 
-void Walk(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays, int depth, int depthLimit) {
-    if (depth > stats.maxDepth) stats.maxDepth = depth;
-    int fieldCount = stream.FieldCount();
-    for (int f = 0; f < fieldCount; ++f) {
-        const char* name = stream.FieldName(f);
-        MixBytes(stats, name, std::strlen(name));
-        int instances = stream.FieldInstanceCount(name);
-        for (int i = 0; i < instances; ++i) {
-            if (!stream.BeginFieldAt(f, i)) continue;
-            ++stats.fields;
-            while (stream.ValuesLeft() > 0) ReadValue(stream, stats, decodeArrays);
-            if (depth < depthLimit && stream.HasBlock()) {
-                int before = stream.Depth();
-                if (stream.EnterBlock()) {
-                    ++stats.blocks;
-                    Walk(stream, stats, decodeArrays, depth + 1, depthLimit);
-                }
-                while (stream.Depth() > before) stream.LeaveBlock();
-            }
-            stream.EndField();
-        }
-    }
-    stream.RewindFields();
-}
+// Where the walk stands on one level, and the stream depth to come back to.
+struct Level {
+    int field = 0;
+    int instance = 0;
+    int streamDepth = 0;
+};
 
 }  // namespace
 
 FbxWalkStats FbxWalkFields(FbxFieldStream& stream, bool decodeArrays, int depthLimit) {
+    // A stack of levels rather than recursion: a file can nest blocks to
+    // any depth.
     FbxWalkStats stats;
-    Walk(stream, stats, decodeArrays, 0, depthLimit);
+    std::vector<Level> path{{0, 0, stream.Depth()}};
+    while (!path.empty()) {
+        Level& at = path.back();
+        int depth = static_cast<int>(path.size()) - 1;
+        if (depth > stats.maxDepth) stats.maxDepth = depth;
+        const char* name = stream.FieldName(at.field);
+        if (!name) {
+            stream.RewindFields();
+            path.pop_back();
+            if (path.empty()) break;
+            // A block that failed to load may have left more than one level.
+            while (stream.Depth() > path.back().streamDepth) stream.LeaveBlock();
+            stream.EndField();
+            continue;
+        }
+        if (at.instance == 0) MixBytes(stats, name, std::strlen(name));
+        if (at.instance >= stream.FieldInstanceCount(name)) {
+            ++at.field;
+            at.instance = 0;
+            continue;
+        }
+        if (!stream.BeginFieldAt(at.field, at.instance++)) continue;
+        ++stats.fields;
+        while (stream.ValuesLeft() > 0) ReadValue(stream, stats, decodeArrays);
+        if (depth < depthLimit && stream.HasBlock()) {
+            int before = stream.Depth();
+            if (stream.EnterBlock()) {
+                ++stats.blocks;
+                path.push_back({0, 0, before + 1});
+                continue;
+            }
+            while (stream.Depth() > before) stream.LeaveBlock();
+        }
+        stream.EndField();
+    }
     return stats;
 }
