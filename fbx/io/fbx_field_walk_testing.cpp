@@ -23,11 +23,8 @@ void MixArray(FbxWalkStats& stats, const T* data, int count) {
     stats.arrayBytes += static_cast<uint64_t>(count) * sizeof(T);
     // Sample the array rather than hash all of it: the walk measures decoding.
     Mix(stats, static_cast<uint64_t>(count));
-    uint64_t bits = 0;
-    std::memcpy(&bits, &data[0], sizeof(T));
-    Mix(stats, bits);
-    std::memcpy(&bits, &data[count - 1], sizeof(T));
-    Mix(stats, bits);
+    MixBytes(stats, &data[0], sizeof(T));
+    MixBytes(stats, &data[count - 1], sizeof(T));
 }
 
 void ReadValue(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays) {
@@ -35,86 +32,67 @@ void ReadValue(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays) {
     char code = stream.NextValueType();
     Mix(stats, static_cast<unsigned char>(code));
     int count = 0;
-    bool array = code == 'b' || code == 'c' || code == 'h' || code == 'i' || code == 'f' || code == 'l' || code == 'd';
+    bool array = std::strchr("bchifld", code) != nullptr && code != 0;
     if (array && !decodeArrays) {
         stream.NextByte();  // steps over the array without decoding it
         return;
     }
+    auto mixScalar = [&stats](auto value) { MixBytes(stats, &value, sizeof value); };
     switch (code) {
     case 'C':
-        Mix(stats, static_cast<uint64_t>(stream.NextChar()));
-        break;
+        return mixScalar(stream.NextChar());
     case 'Z':
-        Mix(stats, static_cast<uint64_t>(stream.NextByte()));
-        break;
+        return mixScalar(stream.NextByte());
     case 'Y':
-        Mix(stats, static_cast<uint64_t>(stream.NextShort()));
-        break;
+        return mixScalar(stream.NextShort());
     case 'I':
-        Mix(stats, static_cast<uint64_t>(stream.NextInt()));
-        break;
+        return mixScalar(stream.NextInt());
     case 'L':
-        Mix(stats, static_cast<uint64_t>(stream.NextLong()));
-        break;
-    case 'F': {
-        float f = stream.NextFloat();
-        MixBytes(stats, &f, sizeof f);
-        break;
-    }
-    case 'D': {
-        double d = stream.NextDouble();
-        MixBytes(stats, &d, sizeof d);
-        break;
-    }
+        return mixScalar(stream.NextLong());
+    case 'F':
+        return mixScalar(stream.NextFloat());
+    case 'D':
+        return mixScalar(stream.NextDouble());
     case 'S': {
-        const char* s = stream.NextString();
-        MixBytes(stats, s, std::strlen(s));
-        break;
+        const char* text = stream.NextString();
+        return MixBytes(stats, text, std::strlen(text));
     }
     case 'R': {
         int size = 0;
         const void* blob = stream.NextBlob(size);
         if (blob) MixBytes(stats, blob, static_cast<size_t>(size));
-        break;
+        return;
     }
     case 'b': {
         auto* data = stream.NextBoolArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'c': {
         auto* data = stream.NextUByteArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'h': {
         auto* data = stream.NextShortArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'i': {
         auto* data = stream.NextIntArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'f': {
         auto* data = stream.NextFloatArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'l': {
         auto* data = stream.NextLongArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'd': {
         auto* data = stream.NextDoubleArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     default:
-        Mix(stats, static_cast<uint64_t>(stream.NextULong()));
-        break;
+        return mixScalar(stream.NextULong());
     }
 }
 
