@@ -62,7 +62,8 @@ std::vector<uint8_t> scene(int documents, std::initializer_list<const char*> wor
 }
 
 void writeNodes(FbxBinaryBuilder& b, int count) {
-    for (int i = 0; i < count; ++i) writeObject(b, "Model", 10 + i, ("Node" + std::to_string(i)).c_str(), "Null");
+    for (int i = 0; i < count; ++i)
+        writeObject(b, "Model", kFirstNodeId + i, ("Node" + std::to_string(i)).c_str(), "Null");
 }
 
 }  // namespace
@@ -76,7 +77,8 @@ std::vector<uint8_t> nodeChainFile(int depth) {
     return sceneFile(
         {"Model"}, [depth](FbxBinaryBuilder& b) { writeNodes(b, depth); },
         [depth](FbxBinaryBuilder& b) {
-            for (int i = 0; i < depth; ++i) writeConnection(b, "OO", 10 + i, i == 0 ? 0 : 9 + i);
+            for (int i = 0; i < depth; ++i)
+                writeConnection(b, "OO", kFirstNodeId + i, i == 0 ? 0 : kFirstNodeId + i - 1);
         });
 }
 
@@ -86,10 +88,10 @@ std::vector<uint8_t> nodeDiamondsFile(int layers) {
         [layers](FbxBinaryBuilder& b) {
             for (int layer = 0; layer < layers; ++layer)
                 for (int k = 0; k < 2; ++k) {
-                    int64_t node = 10 + 2 * layer + k;
+                    int64_t node = kFirstNodeId + 2 * layer + k;
                     if (layer == 0) writeConnection(b, "OO", node, 0);
                     for (int above = 0; layer > 0 && above < 2; ++above)
-                        writeConnection(b, "OO", node, 10 + 2 * (layer - 1) + above);
+                        writeConnection(b, "OO", node, kFirstNodeId + 2 * (layer - 1) + above);
                 }
         });
 }
@@ -98,12 +100,13 @@ std::vector<uint8_t> cyclesFile() {
     return scene(
         2, {"Model"}, [](FbxBinaryBuilder& b) { writeNodes(b, 3); },
         [](FbxBinaryBuilder& b) {
-            writeConnection(b, "OO", 11, 10);
-            writeConnection(b, "OO", 12, 11);
-            writeConnection(b, "OO", 10, 12);  // a node under its grandchild
-            writeConnection(b, "OO", 12, 12);  // a node under itself
-            writeConnection(b, "OO", 10, 0);
-            writeConnection(b, "OO", 0, 11);  // the root under a node
+            const int64_t a = kFirstNodeId, b1 = a + 1, c = a + 2;
+            writeConnection(b, "OO", b1, a);
+            writeConnection(b, "OO", c, b1);
+            writeConnection(b, "OO", a, c);  // a node under its grandchild
+            writeConnection(b, "OO", c, c);  // a node under itself
+            writeConnection(b, "OO", a, 0);
+            writeConnection(b, "OO", 0, b1);  // the root under a node
             writeConnection(b, "OO", 1000, 1001);
             writeConnection(b, "OO", 1001, 1000);
         });

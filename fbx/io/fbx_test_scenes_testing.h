@@ -29,7 +29,9 @@ using FbxSectionWriter = std::function<void(FbxBinaryBuilder&)>;
 std::vector<uint8_t> sceneFile(std::initializer_list<const char*> words, const FbxSectionWriter& objects,
                                const FbxSectionWriter& connections);
 
-// Hostile shapes. Node ids start at 10.
+// Hostile shapes. Nodes are named Node0, Node1... and their ids start at
+// kFirstNodeId, far from those of the documents (1000 and up).
+inline constexpr int64_t kFirstNodeId = 1000000;
 // `depth` nodes, each under the one before, the first under the root; the
 // connections come top down.
 std::vector<uint8_t> nodeChainFile(int depth);
