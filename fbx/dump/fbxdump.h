@@ -14,6 +14,8 @@
 // By default it shows the file's version and creator, the node tree from
 // the root and every object of the scene by class. --fields shows the raw
 // field tree of the file instead; --json writes either as one JSON
-// document. A file that imports only in part is dumped as far as it was
-// read, its status goes to `err`, and the exit code is 1.
+// document. The dump is written as it is made. A file that imports only in
+// part is dumped as far as it was read, its status goes to `err` as one
+// line headed by the file, and the exit code is 1; --fields stops the same
+// way at the first array or block that does not read.
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);

@@ -152,18 +152,18 @@ void importShape(benchmark::State& state, const std::vector<uint8_t>& bytes) {
 void BM_ImportNodeChain(benchmark::State& state) {
     importShape(state, nodeChainFile(static_cast<int>(state.range(0))));
 }
-BENCHMARK(BM_ImportNodeChain)->Arg(20000)->Arg(80000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ImportNodeChain)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 // One node with N distinct "Properties70" records.
 void BM_ImportManyProperties(benchmark::State& state) {
     importShape(state, manyPropertiesFile(static_cast<int>(state.range(0))));
 }
-BENCHMARK(BM_ImportManyProperties)->Arg(25000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ImportManyProperties)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 // "Definitions" with N distinct type words.
 void BM_ImportManyTypeWords(benchmark::State& state) {
     importShape(state, manyTypeWordsFile(static_cast<int>(state.range(0))));
 }
-BENCHMARK(BM_ImportManyTypeWords)->Arg(20000)->Arg(80000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ImportManyTypeWords)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
