@@ -154,6 +154,13 @@ void BM_ImportNodeChain(benchmark::State& state) {
 }
 BENCHMARK(BM_ImportNodeChain)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
+// N nodes that all use one material: each connection is checked against
+// those made before.
+void BM_ImportSharedMaterial(benchmark::State& state) {
+    importShape(state, sharedMaterialFile(static_cast<int>(state.range(0))));
+}
+BENCHMARK(BM_ImportSharedMaterial)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
 // One node with N distinct "Properties70" records.
 void BM_ImportManyProperties(benchmark::State& state) {
     importShape(state, manyPropertiesFile(static_cast<int>(state.range(0))));

@@ -112,6 +112,21 @@ std::vector<uint8_t> cyclesFile() {
         });
 }
 
+std::vector<uint8_t> sharedMaterialFile(int count) {
+    return sceneFile(
+        {"Model", "Material"},
+        [count](FbxBinaryBuilder& b) {
+            writeNodes(b, count);
+            writeObject(b, "Material", 10, "Shared", "");
+        },
+        [count](FbxBinaryBuilder& b) {
+            for (int i = 0; i < count; ++i) {
+                writeConnection(b, "OO", kFirstNodeId + i, 0);
+                writeConnection(b, "OO", 10, kFirstNodeId + i);
+            }
+        });
+}
+
 std::vector<uint8_t> manyPropertiesFile(int count) {
     return sceneFile(
         {"Model"},

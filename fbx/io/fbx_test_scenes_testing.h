@@ -42,6 +42,8 @@ std::vector<uint8_t> nodeDiamondsFile(int layers);
 // connections that would close cycles: a node under its grandchild, a node
 // under itself, the root under a node, two documents each other's source.
 std::vector<uint8_t> cyclesFile();
+// `count` nodes under the root that all use one material.
+std::vector<uint8_t> sharedMaterialFile(int count);
 // One node with `count` distinct "Properties70" records.
 std::vector<uint8_t> manyPropertiesFile(int count);
 // "Definitions" with `count` distinct type words.
