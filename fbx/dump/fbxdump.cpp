@@ -5,15 +5,18 @@
 #include <filesystem>
 #include <fstream>
 #include <ostream>
+#include <string>
 
 #include "fbx/dump/animation_dump.h"
 #include "fbx/dump/dump_value.h"
+#include "fbx/dump/dump_writer.h"
 #include "fbx/dump/fbx_text_writer.h"
 #include "fbx/dump/field_dump.h"
 #include "fbx/dump/scene_dump.h"
 #include "fbx/io/fbx_field_stream.h"
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_io_settings.h"
+#include "fbx/io/fbx_path_utils.h"
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_scene.h"
 
@@ -28,11 +31,26 @@ struct ManagerScope {
     ~ManagerScope() { manager->Destroy(); }
 };
 
-void write(const DumpValue& value, bool json, std::ostream& out) {
-    if (json)
-        writeJson(value, out);
-    else
-        writeText(value, out);
+// The status text for a line that starts with the file's name already:
+// without the name that some texts end with.
+std::string statusText(const std::string& path, const FbxStatus& status) {
+    std::string text = status.GetErrorString();
+    for (const std::string& name : {path, std::string(FbxMakeAbsolutePath(path.c_str()))}) {
+        std::string suffix = " " + name;
+        if (!name.empty() && text.size() > suffix.size() && text.ends_with(suffix)) {
+            text.erase(text.size() - suffix.size());
+            break;
+        }
+    }
+    return text;
+}
+
+// The header's lines as the members of the open object.
+void writeMembers(const DumpValue& object, DumpWriter& writer) {
+    for (const auto& [key, value] : object.members()) {
+        writer.key(key);
+        writer.write(value);
+    }
 }
 
 // Writes the file's field tree as a text FBX file to `target`; nothing goes
@@ -134,37 +152,53 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
     settings->SetBoolProp(FbxIOPath::kExtractEmbeddedData, false);
     FbxImporter* importer = FbxImporter::Create(manager, "");
     if (!importer->Initialize(path.c_str(), -1, settings)) {
-        err << path << ": " << importer->GetStatus().GetErrorString() << '\n';
+        err << path << ": " << statusText(path, importer->GetStatus()) << '\n';
         return 1;
     }
 
     if (!textTarget.empty()) return writeTextFile(path, textTarget, err);
 
-    DumpValue dump = dumpHeader(*importer);
+    // Written as it is made: the dump of a large file is never whole in
+    // memory.
+    DumpWriter writer(out, json ? DumpWriter::Form::eJson : DumpWriter::Form::eText);
     if (fields) {
         FbxFieldStream stream;
         stream.SetFbx7Mode(true);
         if (!stream.OpenFile(path.c_str())) {
-            err << path << ": " << stream.GetStatus().GetErrorString() << '\n';
+            err << path << ": " << statusText(path, stream.GetStatus()) << '\n';
             return 1;
         }
-        dump.add("fields", dumpFields(stream));
-        write(dump, json, out);
+        writer.beginObject();
+        writeMembers(dumpHeader(*importer), writer);
+        writer.key("fields");
+        std::string fault;
+        bool complete = dumpFields(stream, writer, fault);
+        writer.finish();
+        if (!complete) {
+            err << path << ": " << fault << '\n';
+            return 1;
+        }
         return 0;
     }
 
     FbxScene* scene = FbxScene::Create(manager, "myScene");
     bool ok = importer->Import(scene);
-    dump.add("nodes", dumpNodeTree(*scene));
-    dump.add("objects", dumpObjects(*scene));
-    dump.add("animation", dumpAnimation(*scene));
-    dump.add("transforms", dumpTransforms(*scene, times));
-    write(dump, json, out);
+    writer.beginObject();
+    writeMembers(dumpHeader(*importer), writer);
+    writer.key("nodes");
+    dumpNodeTree(*scene, writer);
+    writer.key("objects");
+    dumpObjects(*scene, writer);
+    writer.key("animation");
+    writer.write(dumpAnimation(*scene));
+    writer.key("transforms");
+    writer.write(dumpTransforms(*scene, times));
+    writer.finish();
     const FbxStatus& status = importer->GetStatus();
     if (!ok) {
-        err << path << ": " << status.GetErrorString() << '\n';
+        err << path << ": " << statusText(path, status) << '\n';
         return 1;
     }
-    if (status.Error()) err << path << ": warning: " << status.GetErrorString() << '\n';
+    if (status.Error()) err << path << ": warning: " << statusText(path, status) << '\n';
     return 0;
 }

@@ -17,6 +17,8 @@
 // matrix: static, or at each --time given. --fields shows the raw field tree
 // of the file instead; --json writes either as one JSON document.
 // --write-text writes the file's field tree to OUT.fbx in the text syntax
-// and shows nothing. A file that imports only in part is dumped as far as it
-// was read, its status goes to `err`, and the exit code is 1.
+// and shows nothing. The dump is written as it is made. A file that imports
+// only in part is dumped as far as it was read, its status goes to `err` as
+// one line headed by the file, and the exit code is 1; --fields stops the
+// same way at the first array or block that does not read.
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);

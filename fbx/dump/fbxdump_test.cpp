@@ -1,23 +1,28 @@
 #include "fbx/dump/fbxdump.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "fbx/dump/dump_value.h"
-#include "fbx/io/fbx_binary_builder_testing.h"
+#include "fbx/dump/dump_writer.h"
+#include "fbx/dump/scene_dump.h"
+#include "fbx/io/fbx_test_scenes_testing.h"
+#include "fbx/model/fbx_manager.h"
+#include "fbx/model/fbx_node.h"
+#include "fbx/model/fbx_scene.h"
+#include "qe/scratch_dir_testing.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using Bytes = std::vector<uint8_t>;
 
 struct DumpRun {
     int code;
@@ -31,11 +36,33 @@ DumpRun dump(std::vector<std::string> args) {
     return {code, out.str(), err.str()};
 }
 
+// Runs `run` on a thread with a stack of 1 MiB: a walk that recursed once
+// per level of a file thousands of levels deep would overflow it.
+void onSmallStack(const std::function<void()>& run) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 1 << 20);
+    pthread_t thread;
+    auto body = [](void* f) -> void* {
+        (*static_cast<const std::function<void()>*>(f))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, body, const_cast<std::function<void()>*>(&run)), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
 std::string blender(const char* name) {
     return std::string(KIVA_SOURCE_DIR) + "/testdata/fbx/blender/" + name + ".fbx";
 }
 
 bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+size_t occurrences(const std::string& text, const std::string& part) {
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
 
 // Checks that brackets pair up outside strings and that strings end: the
 // shape of a JSON document, which every test here needs before its own
@@ -68,17 +95,10 @@ bool wellFormedJson(const std::string& text) {
 
 class FbxDump : public ::testing::Test {
 protected:
-    void SetUp() override {
-        dir = fs::temp_directory_path() / ("kiva_fbxdump_test_" + std::to_string(getpid()));
-        fs::create_directories(dir);
+    std::string Write(const std::string& name, const Bytes& bytes) {
+        return dir.write(name, std::string(bytes.begin(), bytes.end()));
     }
-    void TearDown() override { fs::remove_all(dir); }
-    std::string Write(const std::string& name, const std::vector<uint8_t>& bytes) {
-        std::string path = (dir / name).string();
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        return path;
-    }
-    fs::path dir;
+    ScratchDir dir;
 };
 
 TEST_F(FbxDump, ShowsHeaderNodeTreeAndObjectsOfAScene) {
@@ -93,7 +113,8 @@ TEST_F(FbxDump, ShowsHeaderNodeTreeAndObjectsOfAScene) {
                          "          attributes: [\"FbxNull\"]\n"
                          "          translation: [-2, 0, 0]\n"
                          "          rotation: [0, 0, 0]\n"
-                         "          scaling: [1, 1, 1]\n"))
+                         "          scaling: [1, 1, 1]\n"
+                         "          children: []\n"))
         << run.out;
     // Objects by class, with connections and the values that differ from
     // the class default only.
@@ -102,18 +123,13 @@ TEST_F(FbxDump, ShowsHeaderNodeTreeAndObjectsOfAScene) {
     EXPECT_TRUE(contains(run.out, "      kiva_tag: \"leaf node\"\n"));
     EXPECT_FALSE(contains(run.out, "Visibility:"));
     EXPECT_LT(run.out.find("class: \"FbxNode\""), run.out.find("class: \"FbxNull\""));
+    EXPECT_EQ(dump({blender("empties_hierarchy")}).out, run.out);  // byte for byte the same
 
-    DumpRun again = dump({blender("empties_hierarchy")});
-    EXPECT_EQ(again.out, run.out);  // byte for byte the same
-}
-
-TEST_F(FbxDump, JsonHoldsTheSameDumpAndMaterialsInOrder) {
-    DumpRun run = dump({"--json", blender("multi_material")});
-    ASSERT_EQ(run.code, 0) << run.err;
-    EXPECT_TRUE(wellFormedJson(run.out)) << run.out;
-    EXPECT_TRUE(contains(run.out, "\"materials\": [\"Red\", \"Green\", \"Blue\"]"));
-    EXPECT_TRUE(contains(run.out, "\"name\": \"MultiMaterialStrip\""));
-    EXPECT_TRUE(contains(run.out, "\"attributes\": [\"FbxMesh\"]"));
+    DumpRun json = dump({"--json", blender("multi_material")});
+    ASSERT_EQ(json.code, 0) << json.err;
+    EXPECT_TRUE(wellFormedJson(json.out)) << json.out;
+    EXPECT_TRUE(contains(json.out, "\"materials\": [\"Red\", \"Green\", \"Blue\"]"));
+    EXPECT_TRUE(contains(json.out, "\"attributes\": [\"FbxMesh\"]"));
 }
 
 TEST_F(FbxDump, FieldsShowTheRawTreeWithArraysSummarised) {
@@ -129,10 +145,60 @@ TEST_F(FbxDump, FieldsShowTheRawTreeWithArraysSummarised) {
     DumpRun json = dump({"--json", "--fields", blender("textured_cube")});
     ASSERT_EQ(json.code, 0);
     EXPECT_TRUE(wellFormedJson(json.out));
-    EXPECT_TRUE(contains(json.out, "\"name\": \"Objects\""));
+    EXPECT_TRUE(contains(json.out, "[\"d\", \"double[24]\"]"));
+    EXPECT_FALSE(contains(json.out, "\"values\": [["));  // a pair a line
 }
 
-TEST_F(FbxDump, UnreadableFilesGiveTheImporterStatusAndExitOne) {
+TEST_F(FbxDump, FieldsStopAtTheFirstArrayOrBlockThatDoesNotRead) {
+    std::vector<int32_t> ints = {1, 2, 3, 4};
+    Bytes raw(reinterpret_cast<const uint8_t*>(ints.data()), reinterpret_cast<const uint8_t*>(ints.data() + 4));
+    Bytes packed = FbxBinaryBuilder::Deflate(raw.data(), raw.size());
+    packed[packed.size() / 2] ^= 0x5A;
+    struct Case {
+        const char* name;
+        std::function<void(FbxBinaryBuilder&)> bad;
+        const char* problem;
+    };
+    const Case cases[] = {
+        {"zlib", [&](FbxBinaryBuilder& b) { b.ArrayWithHeader('i', 4, 1, packed); },
+         "File is corrupted: an array of \"Bad\" does not decode"},
+        {"short", [&](FbxBinaryBuilder& b) { b.ArrayWithHeader('i', 5, 0, raw); },
+         "File is corrupted: an array of \"Bad\" does not decode"},
+        {"block",
+         [](FbxBinaryBuilder& b) {
+             b.Begin("Inner").RawValueBytes({'?', 0}).SetValueCount(1).End();
+         },
+         "File is corrupted: the block of \"Bad\" does not load"},
+    };
+    for (const Case& c : cases) {
+        FbxBinaryBuilder b(7400);
+        b.Begin("Aa").IntArray({7, 8}).End();
+        b.Begin("Bad");
+        c.bad(b);
+        b.End();
+        b.Begin("Later").Int(1).End();
+        std::string path = Write(std::string(c.name) + ".fbx", b.Finish());
+        for (const char* form : {"--fields", "--json"}) {
+            DumpRun run = dump({"--fields", form, path});
+            EXPECT_EQ(run.code, 1) << c.name;
+            EXPECT_EQ(run.err, path + ": " + c.problem + "\n") << c.name;
+            // What came before the fault is shown, and nothing behind it.
+            EXPECT_TRUE(contains(run.out, "int[2]")) << c.name;
+            EXPECT_FALSE(contains(run.out, "Later")) << c.name;
+            EXPECT_TRUE(std::string(form) != "--json" || wellFormedJson(run.out)) << run.out;
+        }
+    }
+
+    // A file whose top level does not load is named once.
+    FbxBinaryBuilder top(7400);
+    top.Begin("Bad").RawValueBytes({'?', 0}).SetValueCount(1).End();
+    std::string path = Write("top.fbx", top.Finish());
+    DumpRun run = dump({"--fields", path});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.err, path + ": File is corrupted\n");
+}
+
+TEST_F(FbxDump, UnreadableAndCyclicFilesGiveOneMessageAndExitOne) {
     FbxBinaryBuilder old(6100);
     old.Begin("Creator").String("old").End();
     FbxBinaryBuilder future(8000);
@@ -147,20 +213,16 @@ TEST_F(FbxDump, UnreadableFilesGiveTheImporterStatusAndExitOne) {
             EXPECT_EQ(run.out, "");
         }
     }
-    DumpRun missing = dump({(dir / "missing.fbx").string()});
-    EXPECT_EQ(missing.code, 1);
-    EXPECT_TRUE(contains(missing.err, "Unexpected file type"));
+    EXPECT_EQ(dump({dir.file("missing.fbx")}).code, 1);
 
-    // A read that fails part-way shows what it got.
-    FbxBinaryBuilder broken(7400);
-    broken.Begin("Documents");
-    broken.Begin("Count").Int(0).End();
-    broken.End();
-    std::string path = Write("broken.fbx", broken.Finish());
-    DumpRun run = dump({path});
+    // Two documents each other's source and nodes in cycles: the dump shows
+    // what was read and ends with the status.
+    std::string cycles = Write("cycles.fbx", cyclesFile());
+    DumpRun run = dump({cycles});
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.err, path + ": File is corrupted (or invalid)\n");
-    EXPECT_TRUE(contains(run.out, "name: \"RootNode\""));
+    EXPECT_EQ(run.err, cycles + ": File is corrupted (or invalid): its connections form a cycle\n");
+    EXPECT_TRUE(contains(run.out, "- name: \"Node2\""));
+    EXPECT_EQ(occurrences(run.out, "name: \"Node2\""), 3u);  // in the tree, among the objects, in the transforms
 }
 
 TEST_F(FbxDump, AnimationAndTransformsAtTimes) {
@@ -196,38 +258,83 @@ TEST_F(FbxDump, AnimationAndTransformsAtTimes) {
     EXPECT_TRUE(contains(json.out, "\"time\": \"static\""));
 }
 
-TEST_F(FbxDump, UsageErrors) {
-    for (std::vector<std::string> args : {std::vector<std::string>{"--time"},
-                                          {"--time", "1,x", blender("textured_cube")},
-                                          {"--time", "", blender("textured_cube")},
-                                          {"--fields", "--time", "1", blender("textured_cube")}}) {
-        DumpRun run = dump(args);
-        EXPECT_EQ(run.code, 1);
-        EXPECT_TRUE(contains(run.err, "usage: fbxdump")) << run.err;
+TEST_F(FbxDump, DeepFilesAreDumpedWithoutRecursionAndInLinearSpace) {
+    constexpr int kDepth = 5000;
+    std::string chain = Write("chain.fbx", nodeChainFile(kDepth));
+    std::string nested = Write("nested.fbx", nestedBlocksFile(kDepth));
+    DumpRun text, json, fields;
+    onSmallStack([&] {
+        text = dump({chain});
+        json = dump({"--json", chain});
+        fields = dump({"--fields", nested});
+    });
+    ASSERT_EQ(text.code, 0) << text.err;
+    EXPECT_TRUE(contains(text.out, "name: \"Node4999\""));
+    // Indentation stops growing: the output is linear in the nodes.
+    EXPECT_LT(text.out.size(), static_cast<size_t>(kDepth) * 4000);
+    EXPECT_TRUE(contains(text.out, "\n<101>"));
+    ASSERT_EQ(json.code, 0) << json.err;
+    EXPECT_TRUE(wellFormedJson(json.out));
+    EXPECT_LT(json.out.size(), static_cast<size_t>(kDepth) * 4000);
+    ASSERT_EQ(fields.code, 0) << fields.err;
+    EXPECT_EQ(occurrences(fields.out, "name: \"Nest\""), static_cast<size_t>(kDepth));
+    EXPECT_LT(fields.out.size(), static_cast<size_t>(kDepth) * 1000);
+}
+
+TEST(SceneDump, EveryNodeIsWrittenOnceHoweverItIsConnected) {
+    // Diamonds made by hand: each node of a layer is a child of both nodes
+    // of the layer above, 2^24 paths down.
+    FbxManager* manager = FbxManager::Create();
+    FbxScene* scene = FbxScene::Create(manager, "scene");
+    std::vector<FbxNode*> above{scene->GetRootNode()};
+    for (int layer = 0; layer < 24; ++layer) {
+        std::vector<FbxNode*> nodes;
+        for (int k = 0; k < 2; ++k) {
+            FbxNode* node = FbxNode::Create(scene, ("N" + std::to_string(layer) + "_" + std::to_string(k)).c_str());
+            for (FbxNode* parent : above) parent->ConnectSrcObject(node);
+            nodes.push_back(node);
+        }
+        above = nodes;
     }
+    std::ostringstream out;
+    DumpWriter writer(out, DumpWriter::Form::eJson);
+    dumpNodeTree(*scene, writer);
+    writer.finish();
+    EXPECT_EQ(occurrences(out.str(), "\"name\": \"N23_1\""), 2u);  // once whole, once named again
+    // 94 connections reach the 48 nodes: 46 meet a node again.
+    EXPECT_EQ(occurrences(out.str(), "\"seenBefore\": true"), 46u);
+    manager->Destroy();
+}
+
+TEST_F(FbxDump, UsageErrorsAndTheProgram) {
     EXPECT_EQ(dump({}).code, 1);
     DumpRun unknown = dump({"--tree", blender("textured_cube")});
     EXPECT_EQ(unknown.code, 1);
     EXPECT_TRUE(contains(unknown.err, "usage: fbxdump"));
     EXPECT_EQ(dump({blender("textured_cube"), blender("multi_material")}).code, 1);
     EXPECT_EQ(dump({"--help"}).code, 0);
-}
+    for (std::vector<std::string> args : {std::vector<std::string>{"--time"},
+                                          {"--time", "1,x", blender("textured_cube")},
+                                          {"--time", "", blender("textured_cube")},
+                                          {"--fields", "--time", "1", blender("textured_cube")},
+                                          {"--write-text"}}) {
+        DumpRun run = dump(args);
+        EXPECT_EQ(run.code, 1);
+        EXPECT_TRUE(contains(run.err, "usage: fbxdump")) << run.err;
+    }
 
-TEST_F(FbxDump, TheProgramRunsAndSetsItsExitCode) {
     std::string program = std::string(KIVA_BIN_DIR) + "/fbxdump";
-    std::string out = (dir / "out.txt").string();
+    std::string out = dir.file("out.txt");
     int status = std::system((program + " " + blender("skinned_armature") + " > " + out + " 2>&1").c_str());
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
-    std::ifstream in(out);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_TRUE(contains(text, "name: \"Head\""));
-    status = std::system((program + " " + (dir / "none.fbx").string() + " 2> /dev/null").c_str());
+    EXPECT_TRUE(contains(readFile(out), "name: \"Head\""));
+    status = std::system((program + " " + dir.file("none.fbx") + " 2> /dev/null").c_str());
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 1);
 }
 
-TEST(DumpValue, NumbersAndStringsAreWrittenExactlyAndSafely) {
+TEST(DumpWriter, NumbersStringsAndEmptyContainersAreWrittenExactlyAndSafely) {
     EXPECT_EQ(formatDouble(0.1), "0.1");
     EXPECT_EQ(formatDouble(-0.0), "0");
     EXPECT_EQ(formatDouble(1e300), "1e+300");
@@ -235,13 +342,15 @@ TEST(DumpValue, NumbersAndStringsAreWrittenExactlyAndSafely) {
     value.add("text", std::string("a\"b\\c\n\x01\xC3\xA9\xFF", 10));
     value.add("nan", std::nan(""));
     value.add("empty", DumpValue::array());
+    value.add("none", DumpValue::object());
     std::ostringstream json;
     writeJson(value, json);
     EXPECT_EQ(json.str(),
-              "{\n  \"text\": \"a\\\"b\\\\c\\n\\u0001\xC3\xA9\\u00ff\",\n  \"nan\": \"nan\",\n  \"empty\": []\n}\n");
+              "{\n  \"text\": \"a\\\"b\\\\c\\n\\u0001\xC3\xA9\\u00ff\",\n  \"nan\": \"nan\",\n  \"empty\": [],\n"
+              "  \"none\": {}\n}\n");
     std::ostringstream text;
     writeText(value, text);
-    EXPECT_EQ(text.str(), "text: \"a\\\"b\\\\c\\n\\u0001\xC3\xA9\\u00ff\"\nnan: nan\nempty: []\n");
+    EXPECT_EQ(text.str(), "text: \"a\\\"b\\\\c\\n\\u0001\xC3\xA9\\u00ff\"\nnan: nan\nempty: []\nnone: {}\n");
 }
 
 }  // namespace

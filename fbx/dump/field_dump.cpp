@@ -1,63 +1,49 @@
 #include "fbx/dump/field_dump.h"
 
 #include <string>
+#include <vector>
 
+#include "fbx/dump/dump_writer.h"
 #include "fbx/io/fbx_field_stream.h"
 
 namespace {
 
-// Nesting deeper than this is shown as cut off: a damaged file cannot make
-// the dump recurse without end.
-constexpr int kMaxDepth = 64;
-
-DumpValue arraySummary(const char* type, int count) {
-    return DumpValue(std::string(type) + "[" + std::to_string(count) + "]");
-}
-
-DumpValue dumpList(FbxFieldStream& stream, int depth) {
-    DumpValue fields = DumpValue::array();
-    int count = stream.FieldCount();
-    for (int i = 0; i < count; ++i) {
-        const char* fieldName = stream.FieldName(i);
-        std::string name = fieldName ? fieldName : "";
-        int instances = stream.FieldInstanceCount(name.c_str());
-        for (int k = 0; k < instances; ++k) {
-            if (!stream.BeginFieldAt(i, k)) continue;
-            DumpValue field = DumpValue::object();
-            field.add("name", name);
-            DumpValue& values = field.add("values", DumpValue::array());
-            // In a text file an array's elements are its block.
-            bool textArray = false;
-            while (stream.ValuesLeft() > 0) {
-                textArray = textArray || stream.NextValueType() == 'a';
-                values.push(dumpFieldValue(stream));
-            }
-            if (stream.HasBlock() && !textArray) {
-                if (depth >= kMaxDepth) {
-                    field.add("fields", "...");
-                } else {
-                    // A block that fails to load shows what it read, and
-                    // is left all the same.
-                    stream.EnterBlock();
-                    field.add("fields", dumpList(stream, depth + 1));
-                    stream.LeaveBlock();
-                }
-            }
-            stream.EndField();
-            fields.push(std::move(field));
-        }
+const char* arrayType(char code) {
+    switch (code) {
+    case 'b':
+        return "bool";
+    case 'c':
+        return "byte";
+    case 'h':
+        return "short";
+    case 'i':
+        return "int";
+    case 'f':
+        return "float";
+    case 'l':
+        return "long";
+    case 'd':
+        return "double";
+    case 'a':
+        // A text array has no element type: its count is what it shows.
+        return "array";
+    default:
+        return nullptr;
     }
-    stream.RewindFields();
-    return fields;
 }
 
-}  // namespace
-
-DumpValue dumpFieldValue(FbxFieldStream& stream) {
+// The next value of the current instance as a pair of its code and its
+// value; false for an array that does not decode.
+bool fieldValue(FbxFieldStream& stream, DumpValue& pair) {
     char code = stream.NextValueType();
-    DumpValue pair = DumpValue::array();
+    pair = DumpValue::array();
     pair.push(std::string(1, code));
-    int count = 0;
+    if (const char* type = arrayType(code)) {
+        int count = 0;
+        bool decodes = stream.NextArrayCheck(count);
+        pair.push(std::string(type) + "[" + std::to_string(count) + "]");
+        return decodes;
+    }
     switch (code) {
     case 'C':
         pair.push(static_cast<int>(static_cast<unsigned char>(stream.NextChar())));
@@ -89,46 +75,81 @@ DumpValue dumpFieldValue(FbxFieldStream& stream) {
         pair.push(std::to_string(size) + " bytes");
         break;
     }
-    case 'b':
-        stream.NextBoolArray(count);
-        pair.push(arraySummary("bool", count));
-        break;
-    case 'c':
-        stream.NextByteArray(count);
-        pair.push(arraySummary("byte", count));
-        break;
-    case 'h':
-        stream.NextShortArray(count);
-        pair.push(arraySummary("short", count));
-        break;
-    case 'i':
-        stream.NextIntArray(count);
-        pair.push(arraySummary("int", count));
-        break;
-    case 'f':
-        stream.NextFloatArray(count);
-        pair.push(arraySummary("float", count));
-        break;
-    case 'l':
-        stream.NextLongArray(count);
-        pair.push(arraySummary("long", count));
-        break;
-    case 'd':
-        stream.NextDoubleArray(count);
-        pair.push(arraySummary("double", count));
-        break;
-    case 'a':
-        // A text array has no element type: its count is what it shows.
-        stream.NextDoubleArray(count);
-        pair.push(arraySummary("array", count));
-        break;
     default:
         // An unknown code: step over the value.
         stream.NextByte();
         pair.push(DumpValue());
         break;
     }
-    return pair;
+    return true;
 }
 
-DumpValue dumpFields(FbxFieldStream& stream) { return dumpList(stream, 0); }
+// Where the walk stands on one level: the field and the instance to write
+// next.
+struct Level {
+    int field = 0;
+    int instance = 0;
+};
+
+}  // namespace
+
+bool dumpFields(FbxFieldStream& stream, DumpWriter& writer, std::string& fault) {
+    // Levels are entered and left with a stack of their own: a file can
+    // nest blocks to any depth.
+    std::vector<Level> path(1);
+    writer.beginArray(DumpWriter::Items::eAny);
+    while (!path.empty()) {
+        Level& at = path.back();
+        const char* fieldName = stream.FieldName(at.field);
+        if (!fieldName) {
+            // The level is done: back to the instance that holds it.
+            stream.RewindFields();
+            path.pop_back();
+            writer.end();
+            if (!path.empty()) {
+                stream.LeaveBlock();
+                stream.EndField();
+                writer.end();
+            }
+            continue;
+        }
+        std::string name = fieldName;
+        if (at.instance >= stream.FieldInstanceCount(name.c_str())) {
+            ++at.field;
+            at.instance = 0;
+            continue;
+        }
+        if (!stream.BeginFieldAt(at.field, at.instance++)) continue;
+        writer.beginObject();
+        writer.key("name");
+        writer.write(name);
+        writer.key("values");
+        writer.beginArray(DumpWriter::Items::eRows);
+        DumpValue pair;
+        // In a text file an array's elements are its block.
+        bool textArray = false;
+        while (stream.ValuesLeft() > 0) {
+            textArray = textArray || stream.NextValueType() == 'a';
+            bool decodes = fieldValue(stream, pair);
+            writer.write(pair);
+            if (!decodes) {
+                fault = "File is corrupted: an array of \"" + name + "\" does not decode";
+                return false;
+            }
+        }
+        writer.end();
+        if (!stream.HasBlock() || textArray) {
+            stream.EndField();
+            writer.end();
+            continue;
+        }
+        writer.key("fields");
+        writer.beginArray(DumpWriter::Items::eAny);
+        if (!stream.EnterBlock()) {
+            fault = "File is corrupted: the block of \"" + name + "\" does not load";
+            return false;
+        }
+        path.emplace_back();
+    }
+    return true;
+}

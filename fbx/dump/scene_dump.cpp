@@ -1,10 +1,11 @@
 #include "fbx/dump/scene_dump.h"
 
 #include <algorithm>
-#include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
+#include "fbx/dump/dump_writer.h"
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_reader_fbx7.h"
 #include "fbx/model/fbx_node.h"
@@ -117,13 +118,10 @@ DumpValue dumpObject(const FbxObject& object) {
     return value;
 }
 
-DumpValue dumpNode(const FbxNode& node, std::vector<const FbxNode*>& path) {
+// A node's own lines, all but its children.
+DumpValue nodeValues(const FbxNode& node) {
     DumpValue value = DumpValue::object();
     value.add("name", node.GetName());
-    if (std::find(path.begin(), path.end(), &node) != path.end()) {
-        value.add("cycle", true);
-        return value;
-    }
     DumpValue& attributes = value.add("attributes", DumpValue::array());
     for (int i = 0; i < node.GetNodeAttributeCount(); ++i)
         if (FbxNodeAttribute* attribute = node.GetNodeAttributeByIndex(i))
@@ -136,12 +134,19 @@ DumpValue dumpNode(const FbxNode& node, std::vector<const FbxNode*>& path) {
         for (int i = 0; i < node.GetMaterialCount(); ++i)
             if (FbxSurfaceMaterial* material = node.GetMaterial(i)) materials.push(material->GetName());
     }
-    DumpValue& children = value.add("children", DumpValue::array());
-    path.push_back(&node);
-    for (int i = 0; i < node.GetChildCount(); ++i)
-        if (FbxNode* child = node.GetChild(i)) children.push(dumpNode(*child, path));
-    path.pop_back();
     return value;
+}
+
+// Opens a node: its own lines, then the array of its children.
+void openNode(const FbxNode& node, DumpWriter& writer) {
+    writer.beginObject();
+    DumpValue values = nodeValues(node);
+    for (const auto& [key, value] : values.members()) {
+        writer.key(key);
+        writer.write(value);
+    }
+    writer.key("children");
+    writer.beginArray(DumpWriter::Items::eAny);
 }
 
 }  // namespace
@@ -160,16 +165,47 @@ DumpValue dumpHeader(const FbxImporter& importer) {
     return value;
 }
 
-DumpValue dumpNodeTree(const FbxScene& scene) {
+void dumpNodeTree(const FbxScene& scene, DumpWriter& writer) {
     FbxNode* root = scene.GetRootNode();
-    if (!root) return DumpValue();
-    std::vector<const FbxNode*> path;
-    return dumpNode(*root, path);
+    if (!root) {
+        writer.write(DumpValue());
+        return;
+    }
+    // Depth first with a stack of its own, each node once: a node met again
+    // (connections made by hand can share one) is named and marked.
+    struct Step {
+        const FbxNode* node;
+        int next;
+        int count;
+    };
+    std::unordered_set<const FbxNode*> seen{root};
+    std::vector<Step> path{{root, 0, root->GetChildCount()}};
+    openNode(*root, writer);
+    while (!path.empty()) {
+        Step& step = path.back();
+        if (step.next >= step.count) {
+            writer.end();
+            writer.end();
+            path.pop_back();
+            continue;
+        }
+        const FbxNode* child = step.node->GetChild(step.next++);
+        if (!child) continue;
+        if (!seen.insert(child).second) {
+            DumpValue again = DumpValue::object();
+            again.add("name", child->GetName());
+            again.add("seenBefore", true);
+            writer.write(again);
+            continue;
+        }
+        openNode(*child, writer);
+        path.push_back({child, 0, child->GetChildCount()});
+    }
 }
 
-DumpValue dumpObjects(const FbxDocument& document) {
+void dumpObjects(const FbxDocument& document, DumpWriter& writer) {
     std::vector<const FbxObject*> objects;
-    std::set<const FbxObject*> seen{&document};  // lookup only; the output follows `objects`
+    std::unordered_set<const FbxObject*> seen{&document};  // lookup only; the output follows `objects`
     for (int i = 0; i < document.GetSrcObjectCount(); ++i) {
         const FbxObject* member = document.GetSrcObject(i);
         if (member && seen.insert(member).second) objects.push_back(member);
@@ -177,8 +213,8 @@ DumpValue dumpObjects(const FbxDocument& document) {
     std::stable_sort(objects.begin(), objects.end(), [](const FbxObject* a, const FbxObject* b) {
         return std::string_view(a->GetClassId().GetName()) < std::string_view(b->GetClassId().GetName());
     });
-    DumpValue list = DumpValue::array();
-    list.push(dumpObject(document));
-    for (const FbxObject* object : objects) list.push(dumpObject(*object));
-    return list;
+    writer.beginArray(DumpWriter::Items::eAny);
+    writer.write(dumpObject(document));
+    for (const FbxObject* object : objects) writer.write(dumpObject(*object));
+    writer.end();
 }

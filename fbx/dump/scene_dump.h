@@ -2,6 +2,7 @@
 
 #include "fbx/dump/dump_value.h"
 
+class DumpWriter;
 class FbxDocument;
 class FbxImporter;
 class FbxScene;
@@ -11,16 +12,16 @@ class FbxScene;
 // or "text").
 DumpValue dumpHeader(const FbxImporter& importer);
 
-// The node tree from the scene's root: each node with its "name",
+// Writes the node tree from the scene's root: each node with its "name",
 // "attributes" (class names, in attribute order), "translation",
 // "rotation" and "scaling" (local values), "materials" when it has any,
-// and "children". A node met twice on one path is shown once, marked
-// "cycle".
-DumpValue dumpNodeTree(const FbxScene& scene);
+// and "children". Each node is written once, whatever the depth; a node
+// met again is written by its name, marked "seenBefore".
+void dumpNodeTree(const FbxScene& scene, DumpWriter& writer);
 
-// Every object of the document, the document first and then its members
-// grouped by class name (in member order within a class): "class",
-// "name", "sources" and "destinations" (objects, as "Class Name"),
-// "propertyConnections" and "properties" (those whose values differ from
-// the class default, by hierarchical name).
-DumpValue dumpObjects(const FbxDocument& document);
+// Writes every object of the document, the document first and then its
+// members grouped by class name (in member order within a class):
+// "class", "name", "sources" and "destinations" (objects, as "Class
+// Name"), "propertyConnections" and "properties" (those whose values
+// differ from the class default, by hierarchical name).
+void dumpObjects(const FbxDocument& document, DumpWriter& writer);

@@ -4,14 +4,13 @@
 // order of children, attributes and materials.
 
 #include <cstring>
-#include <set>
-#include <vector>
 
 #include "fbx/io/fbx7_document_reader.h"
 #include "fbx/io/fbx_field_stream.h"
 #include "fbx/model/fbx_document.h"
 #include "fbx/model/fbx_layered_texture.h"
 #include "fbx/model/fbx_node.h"
+#include "fbx/model/fbx_node_attribute.h"
 #include "fbx/model/fbx_scene.h"
 #include "fbx/model/fbx_surface_material.h"
 #include "fbx/model/fbx_texture.h"
@@ -38,25 +37,6 @@ bool allowsSecondLink(const FbxObject* source, const FbxObject* destination) {
            (destination->Is<FbxNode>() && source->Is<FbxSurfaceMaterial>());
 }
 
-// Whether `node` stands above `start` through any of the parents: making
-// `node` a child of `start` would then close a cycle, which every walk of
-// the tree would follow without end.
-bool isAncestor(const FbxNode* node, const FbxNode* start) {
-    std::vector<const FbxNode*> pending{start};
-    std::set<const FbxNode*> seen{start};  // lookup only
-    while (!pending.empty()) {
-        const FbxNode* at = pending.back();
-        pending.pop_back();
-        if (at == node) return true;
-        int count = at->GetDstObjectCount<FbxNode>();
-        for (int i = 0; i < count; ++i) {
-            const FbxNode* parent = at->GetDstObject<FbxNode>(i);
-            if (parent && seen.insert(parent).second) pending.push_back(parent);
-        }
-    }
-    return false;
-}
-
 FbxProperty findProperty(FbxObject* object, const FbxString& name) {
     return object ? object->FindProperty(name.c_str(), true) : FbxProperty();
 }
@@ -66,6 +46,31 @@ FbxProperty findProperty(FbxObject* object, const FbxString& name) {
 FbxObject* Fbx7DocumentReader::ResolveId(int64_t id) const {
     if (id == 0) return scene_ ? scene_->GetRootNode() : nullptr;
     return FindObject(id);
+}
+
+void Fbx7DocumentReader::ConnectObjects(FbxObject* source, FbxObject* destination) {
+    // Nodes and documents form trees: one parent each, and no cycle.
+    switch (parentLinks_.Check(source, destination)) {
+    case Fbx7ParentLinks::Verdict::eCycle:
+        cycleRefused_ = true;
+        return;
+    case Fbx7ParentLinks::Verdict::eSecondParent:
+        return;
+    case Fbx7ParentLinks::Verdict::eLink:
+        // The scene's root node stands at the top of its tree.
+        if (scene_ && source == scene_->GetRootNode()) return;
+        break;
+    case Fbx7ParentLinks::Verdict::eNotATreeLink:
+        if (source == destination) return;
+        break;
+    }
+    if (source->IsConnectedDstObject(destination) && !allowsSecondLink(source, destination)) return;
+    destination->ConnectSrcObject(source);
+    // A node that gets its first attribute without a default attribute
+    // index (a file may leave "DefaultAttributeIndex" out) takes that one.
+    FbxNode* node = FbxCast<FbxNode>(destination);
+    if (node && source->Is<FbxNodeAttribute>() && node->GetDefaultNodeAttributeIndex() < 0)
+        node->SetDefaultNodeAttributeIndex(0);
 }
 
 void Fbx7DocumentReader::ReadConnections() {
@@ -85,12 +90,7 @@ void Fbx7DocumentReader::ReadConnections() {
         case Kind::eObjectObject: {
             FbxObject* source = ResolveId(s.NextLong());
             FbxObject* destination = ResolveId(s.NextLong());
-            if (!source || !destination || source == destination) break;
-            const FbxNode* child = FbxCast<FbxNode>(source);
-            const FbxNode* parent = FbxCast<FbxNode>(destination);
-            if (child && parent && isAncestor(child, parent)) break;
-            if (!source->IsConnectedDstObject(destination) || allowsSecondLink(source, destination))
-                destination->ConnectSrcObject(source);
+            if (source && destination) ConnectObjects(source, destination);
             break;
         }
         case Kind::ePropertyObject: {

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <ostream>
 #include <set>
+#include <unordered_set>
 
 #include "fbx/io/fbx_field_stream.h"
 #include "fbx/io/fbx_importer.h"
@@ -31,6 +32,8 @@ bool enterBlock(FbxFieldStream& stream) {
     stream.EnterBlock();
     return true;
 }
+
+constexpr char kCycleMessage[] = "File is corrupted (or invalid): its connections form a cycle";
 
 bool hasSkeleton(const FbxNode* node) {
     return node && FbxCast<FbxSkeleton>(const_cast<FbxNode*>(node)->GetNodeAttribute()) != nullptr;
@@ -68,6 +71,8 @@ bool Fbx7DocumentReader::Read(FbxDocument* document) {
     reader_.GetTemplateMap().Clear();
     idToObject_.clear();
     objectToId_.clear();
+    parentLinks_.Clear();
+    cycleRefused_ = false;
     stream_ = reader_.GetFieldStream();
     if (!stream_ || !stream_->IsOpen()) {
         status_.SetCode(FbxStatus::eFailure, "File not opened");
@@ -115,7 +120,12 @@ bool Fbx7DocumentReader::Read(FbxDocument* document) {
         ReadEmbedding();
         if (scene_) PostProcessScene();
         StoreMediaFolder();
-        StripDocumentPrefixes(document_);
+        StripDocumentPrefixes();
+        // The file read to its end, but its structure is broken.
+        if (cycleRefused_) {
+            status_.SetCode(FbxStatus::eFailure, kCycleMessage);
+            ok = false;
+        }
     }
 
     stream_->RewindFields();
@@ -125,6 +135,7 @@ bool Fbx7DocumentReader::Read(FbxDocument* document) {
     objectToId_.clear();
     references_.clear();
     nodes_.clear();
+    parentLinks_.Clear();
     return ok;
 }
 
@@ -460,13 +471,30 @@ void Fbx7DocumentReader::StoreMediaFolder() {
     url.Set(folder.c_str());
 }
 
-void Fbx7DocumentReader::StripDocumentPrefixes(FbxDocument* document) {
-    // Sub-documents first, then the document itself.
-    int count = document->GetSrcObjectCount<FbxDocument>();
-    for (int i = 0; i < count; ++i) {
-        FbxDocument* sub = document->GetSrcObject<FbxDocument>(i);
-        if (sub && sub != document) StripDocumentPrefixes(sub);
+void Fbx7DocumentReader::StripDocumentPrefixes() {
+    // Sub-documents before the documents they stand in, each document
+    // once: a walk with its own stack and a visited set, whatever the
+    // connections between documents look like.
+    struct Step {
+        FbxDocument* document;
+        int next;  // the source to look at next
+    };
+    std::vector<Step> stack{{document_, 0}};
+    std::unordered_set<const FbxDocument*> seen{document_};
+    while (!stack.empty()) {
+        Step& step = stack.back();
+        FbxDocument* document = step.document;
+        if (step.next < document->GetSrcObjectCount<FbxDocument>()) {
+            FbxDocument* sub = document->GetSrcObject<FbxDocument>(step.next++);
+            if (sub && seen.insert(sub).second) stack.push_back({sub, 0});
+            continue;
+        }
+        stack.pop_back();
+        StripPrefixOfMembers(document);
     }
+}
+
+void Fbx7DocumentReader::StripPrefixOfMembers(FbxDocument* document) {
     if (!document->GetOwnerDocument()) return;
     FbxString prefix = FbxString(document->GetName()) + "::";
     int members = document->GetMemberCount();

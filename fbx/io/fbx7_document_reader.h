@@ -5,6 +5,7 @@
 #include <map>
 #include <vector>
 
+#include "fbx/io/fbx7_parent_links.h"
 #include "fbx/model/fbx_class_id.h"
 #include "fbx/model/fbx_string.h"
 
@@ -32,7 +33,8 @@ class FbxStatus;
 // of the words), "Connections", "Embedding", then the post-processing of a
 // scene. A failed section ends the read with its status; what was made
 // stays in the document. Bad records are skipped and bad connections
-// dropped without a message.
+// dropped without a message, except a connection that would close a cycle
+// of nodes or documents: the read then goes on to the end and fails.
 class Fbx7DocumentReader {
 public:
     Fbx7DocumentReader(FbxReaderFbx7& reader, FbxProgress* progress);
@@ -69,7 +71,8 @@ private:
     // chunks. False when bytes are missing or the write fails.
     bool WriteContent(std::ostream& out);
     void PostProcessScene();
-    void StripDocumentPrefixes(FbxDocument* document);
+    void StripDocumentPrefixes();
+    void StripPrefixOfMembers(FbxDocument* document);
     void StoreMediaFolder();
     FbxString MediaFolder() const;
 
@@ -103,6 +106,9 @@ private:
     // --- Connections (fbx7_connections.cpp) ---
     void ReadConnections();
     FbxObject* ResolveId(int64_t id) const;
+    // An object to object connection, unless it would give a node or a
+    // document a second parent or close a cycle.
+    void ConnectObjects(FbxObject* source, FbxObject* destination);
 
     FbxReaderFbx7& reader_;
     FbxManager& manager_;
@@ -118,7 +124,9 @@ private:
     std::map<const FbxObject*, int64_t> objectToId_;
     std::vector<Reference> references_;
     std::vector<FbxNode*> nodes_;
-    bool inBlock_ = false;  // the record being read has a block
+    Fbx7ParentLinks parentLinks_;
+    bool cycleRefused_ = false;  // a connection that would close a cycle was dropped
+    bool inBlock_ = false;       // the record being read has a block
     bool progressOff_ = true;
     bool cancelled_ = false;
 };

@@ -2,7 +2,8 @@
 // materials with all their connections: each node has its attribute and one
 // material, and hangs under the root or under an earlier node. Reports the
 // file size and the peak memory of the import beside the time. Running it
-// at several sizes shows the cost per object staying flat.
+// at several sizes shows the cost per object staying flat. Then files of
+// hostile shapes at N and 4N.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include "fbx/io/fbx_binary_builder_testing.h"
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_io_settings.h"
+#include "fbx/io/fbx_test_scenes_testing.h"
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_scene.h"
@@ -124,5 +126,51 @@ void BM_ImportScene(benchmark::State& state) {
 }
 
 BENCHMARK(BM_ImportScene)->Arg(12500)->Arg(25000)->Arg(50000)->Unit(benchmark::kMillisecond);
+
+// Files of one hostile shape at N and 4N: the time of 4N stays within 5
+// times that of N when the import is linear or n log n.
+void importShape(benchmark::State& state, const std::vector<uint8_t>& bytes) {
+    std::string path = "/tmp/kiva_docreader_bench_" + std::to_string(getpid()) + ".fbx";
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    for (auto _ : state) {
+        FbxManager* manager = FbxManager::Create();
+        FbxIOSettings* settings = FbxIOSettings::Create(manager, "IOSRoot");
+        manager->SetIOSettings(settings);
+        FbxImporter* importer = FbxImporter::Create(manager, "");
+        FbxScene* scene = FbxScene::Create(manager, "bench");
+        if (!importer->Initialize(path.c_str(), -1, settings) || !importer->Import(scene))
+            state.SkipWithError(importer->GetStatus().GetErrorString());
+        manager->Destroy();
+    }
+    std::remove(path.c_str());
+    state.counters["file_MB"] = static_cast<double>(bytes.size()) / 1e6;
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+// A chain of N nested nodes, connected from the top down: each parent
+// connection is checked against a cycle.
+void BM_ImportNodeChain(benchmark::State& state) {
+    importShape(state, nodeChainFile(static_cast<int>(state.range(0))));
+}
+BENCHMARK(BM_ImportNodeChain)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+// N nodes that all use one material: each connection is checked against
+// those made before.
+void BM_ImportSharedMaterial(benchmark::State& state) {
+    importShape(state, sharedMaterialFile(static_cast<int>(state.range(0))));
+}
+BENCHMARK(BM_ImportSharedMaterial)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+// One node with N distinct "Properties70" records.
+void BM_ImportManyProperties(benchmark::State& state) {
+    importShape(state, manyPropertiesFile(static_cast<int>(state.range(0))));
+}
+BENCHMARK(BM_ImportManyProperties)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+// "Definitions" with N distinct type words.
+void BM_ImportManyTypeWords(benchmark::State& state) {
+    importShape(state, manyTypeWordsFile(static_cast<int>(state.range(0))));
+}
+BENCHMARK(BM_ImportManyTypeWords)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -116,3 +116,37 @@ uint32_t FbxDecodeArray(const uint8_t* value, size_t available, size_t elementSi
     }
     return count;
 }
+
+bool FbxCheckArray(const uint8_t* value, size_t available, size_t elementSize, bool swap, uint32_t& count) {
+    count = 0;
+    if (available < 12) return false;
+    uint32_t claimed = FbxLoadU32(value, swap);
+    uint32_t encoding = FbxLoadU32(value + 4, swap) & 0xFF;
+    uint32_t length = FbxLoadU32(value + 8, swap);
+    if (encoding > 1 || length > available - 12) return false;
+    if (claimed == 0) return true;
+    size_t expected = static_cast<size_t>(claimed) * elementSize;
+    if (encoding == 0) {
+        if (length != expected) return false;
+        count = claimed;
+        return true;
+    }
+    z_stream zs{};
+    if (inflateInit(&zs) != Z_OK) return false;
+    zs.next_in = const_cast<Bytef*>(value + 12);
+    zs.avail_in = length;
+    unsigned char sink[16384];
+    size_t produced = 0;
+    int result = Z_OK;
+    while (result == Z_OK && produced <= expected) {
+        zs.next_out = sink;
+        zs.avail_out = sizeof sink;
+        result = inflate(&zs, Z_NO_FLUSH);
+        produced += sizeof sink - zs.avail_out;
+    }
+    bool consumedAll = zs.avail_in == 0;
+    inflateEnd(&zs);
+    if (result != Z_STREAM_END || !consumedAll || produced != expected) return false;
+    count = claimed;
+    return true;
+}

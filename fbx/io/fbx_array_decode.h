@@ -19,3 +19,9 @@ uint32_t FbxDecodeArray(const uint8_t* value, size_t available, size_t elementSi
 // start of `out`. The output grows with what the stream really gives, so a
 // count that claims more than the data holds costs no memory up front.
 bool FbxInflateExact(const uint8_t* data, size_t size, size_t expected, FbxByteBuffer& out);
+
+// Checks one binary array value as FbxDecodeArray would decode it, without
+// keeping its elements: zlib data is inflated through a small buffer of
+// the stack and counted. True, with the element count, when it decodes;
+// an array of count 0 is empty whatever its data.
+bool FbxCheckArray(const uint8_t* value, size_t available, size_t elementSize, bool swap, uint32_t& count);

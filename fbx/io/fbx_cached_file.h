@@ -2,6 +2,7 @@
 
 #include "fbx/io/fbx_file.h"
 
+#include <cstdint>
 #include <memory>
 
 // A read-only FbxFile with one read buffer of its own in front of the file.
@@ -16,6 +17,9 @@ public:
     ~FbxCachedFile() override;
 
     static size_t EffectiveBufferSize(size_t requested);
+    // The buffer of a cache size given in KiB, as the settings give it: the
+    // rule above applies to the size in bytes.
+    static size_t BufferSizeForKiB(uint32_t kib) { return EffectiveBufferSize(static_cast<size_t>(kib) * 1024); }
     size_t BufferSize() const { return capacity_; }
 
     bool Open(const char* path, const char* mode = "rb") override;

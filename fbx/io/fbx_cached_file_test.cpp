@@ -2,37 +2,37 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "qe/scratch_dir_testing.h"
+
 namespace {
 
-TEST(FbxCachedFile, BufferSizeRule) {
+TEST(FbxCachedFile, TheCacheSizeCountsKiBAndTheLimitsApplyToBytes) {
+    EXPECT_EQ(FbxCachedFile::BufferSizeForKiB(8), 8192u);
+    EXPECT_EQ(FbxCachedFile::BufferSizeForKiB(32), 32768u);
+    EXPECT_EQ(FbxCachedFile::BufferSizeForKiB(33), 33554432u);
     EXPECT_EQ(FbxCachedFile::EffectiveBufferSize(0), 8192u);
     EXPECT_EQ(FbxCachedFile::EffectiveBufferSize(100), 100u);
-    EXPECT_EQ(FbxCachedFile::EffectiveBufferSize(32768), 32768u);
-    EXPECT_EQ(FbxCachedFile::EffectiveBufferSize(32769), 33554432u);
 }
 
 // Random reads and seeks through the cache give the bytes of the file.
 TEST(FbxCachedFile, ReadsAndSeeksMatchThePlainFile) {
-    std::filesystem::path path = std::filesystem::temp_directory_path() / "fbxio_cached_file_test.bin";
     std::vector<char> bytes(100000);
     std::mt19937 random(7);
     for (char& c : bytes) c = static_cast<char>(random());
     for (size_t i = 500; i < bytes.size(); i += 997) bytes[i] = '\n';
-    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    ScratchDir dir;
+    std::string path = dir.write("cached.bin", std::string(bytes.begin(), bytes.end()));
 
     for (size_t bufferSize : {16u, 4096u, 0u}) {
         FbxFile plain;
         FbxCachedFile cached(bufferSize);
-        ASSERT_TRUE(plain.Open(path.string().c_str()));
-        ASSERT_TRUE(cached.Open(path.string().c_str()));
+        ASSERT_TRUE(plain.Open(path.c_str()));
+        ASSERT_TRUE(cached.Open(path.c_str()));
         std::vector<char> a(20000), b(20000);
         for (int step = 0; step < 3000; ++step) {
             switch (random() % 5) {
@@ -73,7 +73,6 @@ TEST(FbxCachedFile, ReadsAndSeeksMatchThePlainFile) {
         }
         EXPECT_EQ(cached.Write("x", 1), 0u);
     }
-    std::filesystem::remove(path);
 }
 
 }  // namespace

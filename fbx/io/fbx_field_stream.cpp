@@ -135,7 +135,7 @@ bool FbxFieldStream::OpenFile(const char* path, FbxHeaderExtensionReader* owner,
     messageName_ = path_;
 
     if (cacheSizeKiB_ != 0) {
-        defaultFile_ = std::make_unique<FbxCachedFile>(static_cast<size_t>(cacheSizeKiB_) * 1024);
+        defaultFile_ = std::make_unique<FbxCachedFile>(FbxCachedFile::BufferSizeForKiB(cacheSizeKiB_));
     } else {
         defaultFile_ = std::make_unique<FbxFile>();
     }
@@ -851,6 +851,54 @@ const int64_t* FbxFieldStream::NextLongArray(int& count, char code) {
 }
 const uint64_t* FbxFieldStream::NextULongArray(int& count, char code) {
     return static_cast<const uint64_t*>(NextArray(code, FbxTextElement::eUInt64, 8, count));
+}
+
+bool FbxFieldStream::NextArrayCheck(int& count) {
+    count = 0;
+    if (!binary_) {
+        // "*count" with the values in the field's block: checked by reading
+        // them, and the values are let go at once.
+        std::string_view text;
+        if (!TakeText(text) || text.empty() || text[0] != '*') return false;
+        int64_t wanted = FbxTextToLong(text.substr(1));
+        if (wanted == 0) return true;
+        if (wanted < 0 || wanted > INT32_MAX) return false;
+        FbxFieldInstance* instance = CurrentInstance();
+        uint32_t got = FbxLoadTextArray(*file_, instance->BlockOffset(), static_cast<uint32_t>(wanted),
+                                        FbxTextElement::eDouble, instance->Scratch(), textIndex_.get());
+        instance->Scratch().Release();
+        count = static_cast<int>(got);
+        return got != 0;
+    }
+    char expected = NextValueType();
+    size_t elementSize = 0;
+    switch (expected) {
+    case 'b':
+    case 'c':
+        elementSize = 1;
+        break;
+    case 'h':
+        elementSize = 2;
+        break;
+    case 'i':
+    case 'f':
+        elementSize = 4;
+        break;
+    case 'l':
+    case 'd':
+        elementSize = 8;
+        break;
+    default:
+        NextByte();  // steps over the value
+        return false;
+    }
+    char code;
+    size_t available;
+    const uint8_t* value = TakeValue(code, available);
+    uint32_t elements = 0;
+    if (!value || !FbxCheckArray(value, available, elementSize, swap_, elements) || elements > INT32_MAX) return false;
+    count = static_cast<int>(elements);
+    return true;
 }
 
 // --- Reads of a whole field -------------------------------------------------

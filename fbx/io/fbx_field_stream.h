@@ -170,6 +170,11 @@ public:
     const int64_t* NextLongArray(int& count, char code = 'l');
     const uint64_t* NextULongArray(int& count, char code = 'l');
 
+    // Takes the next value and tells, without keeping the elements, whether
+    // it is an array that decodes; `count` receives its element count (0 for
+    // any other value). For a caller that only summarises arrays.
+    bool NextArrayCheck(int& count);
+
     // Reads of a whole field: BeginField(name), the read, EndField(); the
     // default when the field is absent.
     bool NextBool(const char* field, bool defaultValue);

@@ -1,6 +1,7 @@
 #include "fbx/io/fbx_field_walk_testing.h"
 
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -22,11 +23,8 @@ void MixArray(FbxWalkStats& stats, const T* data, int count) {
     stats.arrayBytes += static_cast<uint64_t>(count) * sizeof(T);
     // Sample the array rather than hash all of it: the walk measures decoding.
     Mix(stats, static_cast<uint64_t>(count));
-    uint64_t bits = 0;
-    std::memcpy(&bits, &data[0], sizeof(T));
-    Mix(stats, bits);
-    std::memcpy(&bits, &data[count - 1], sizeof(T));
-    Mix(stats, bits);
+    MixBytes(stats, &data[0], sizeof(T));
+    MixBytes(stats, &data[count - 1], sizeof(T));
 }
 
 void ReadValue(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays) {
@@ -34,118 +32,117 @@ void ReadValue(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays) {
     char code = stream.NextValueType();
     Mix(stats, static_cast<unsigned char>(code));
     int count = 0;
-    bool array = code == 'b' || code == 'c' || code == 'h' || code == 'i' || code == 'f' || code == 'l' || code == 'd';
+    bool array = std::strchr("bchifld", code) != nullptr && code != 0;
     if (array && !decodeArrays) {
         stream.NextByte();  // steps over the array without decoding it
         return;
     }
+    auto mixScalar = [&stats](auto value) { MixBytes(stats, &value, sizeof value); };
     switch (code) {
     case 'C':
-        Mix(stats, static_cast<uint64_t>(stream.NextChar()));
-        break;
+        return mixScalar(stream.NextChar());
     case 'Z':
-        Mix(stats, static_cast<uint64_t>(stream.NextByte()));
-        break;
+        return mixScalar(stream.NextByte());
     case 'Y':
-        Mix(stats, static_cast<uint64_t>(stream.NextShort()));
-        break;
+        return mixScalar(stream.NextShort());
     case 'I':
-        Mix(stats, static_cast<uint64_t>(stream.NextInt()));
-        break;
+        return mixScalar(stream.NextInt());
     case 'L':
-        Mix(stats, static_cast<uint64_t>(stream.NextLong()));
-        break;
-    case 'F': {
-        float f = stream.NextFloat();
-        MixBytes(stats, &f, sizeof f);
-        break;
-    }
-    case 'D': {
-        double d = stream.NextDouble();
-        MixBytes(stats, &d, sizeof d);
-        break;
-    }
+        return mixScalar(stream.NextLong());
+    case 'F':
+        return mixScalar(stream.NextFloat());
+    case 'D':
+        return mixScalar(stream.NextDouble());
     case 'S': {
-        const char* s = stream.NextString();
-        MixBytes(stats, s, std::strlen(s));
-        break;
+        const char* text = stream.NextString();
+        return MixBytes(stats, text, std::strlen(text));
     }
     case 'R': {
         int size = 0;
         const void* blob = stream.NextBlob(size);
         if (blob) MixBytes(stats, blob, static_cast<size_t>(size));
-        break;
+        return;
     }
     case 'b': {
         auto* data = stream.NextBoolArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'c': {
         auto* data = stream.NextUByteArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'h': {
         auto* data = stream.NextShortArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'i': {
         auto* data = stream.NextIntArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'f': {
         auto* data = stream.NextFloatArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'l': {
         auto* data = stream.NextLongArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     case 'd': {
         auto* data = stream.NextDoubleArray(count);
-        MixArray(stats, data, count);
-        break;
+        return MixArray(stats, data, count);
     }
     default:
-        Mix(stats, static_cast<uint64_t>(stream.NextULong()));
-        break;
+        return mixScalar(stream.NextULong());
     }
 }
 
-void Walk(FbxFieldStream& stream, FbxWalkStats& stats, bool decodeArrays, int depth, int depthLimit) {
-    if (depth > stats.maxDepth) stats.maxDepth = depth;
-    int fieldCount = stream.FieldCount();
-    for (int f = 0; f < fieldCount; ++f) {
-        const char* name = stream.FieldName(f);
-        MixBytes(stats, name, std::strlen(name));
-        int instances = stream.FieldInstanceCount(name);
-        for (int i = 0; i < instances; ++i) {
-            if (!stream.BeginFieldAt(f, i)) continue;
-            ++stats.fields;
-            while (stream.ValuesLeft() > 0) ReadValue(stream, stats, decodeArrays);
-            if (depth < depthLimit && stream.HasBlock()) {
-                int before = stream.Depth();
-                if (stream.EnterBlock()) {
-                    ++stats.blocks;
-                    Walk(stream, stats, decodeArrays, depth + 1, depthLimit);
-                }
-                while (stream.Depth() > before) stream.LeaveBlock();
-            }
-            stream.EndField();
-        }
-    }
-    stream.RewindFields();
-}
+// Where the walk stands on one level, and the stream depth to come back to.
+struct Level {
+    int field = 0;
+    int instance = 0;
+    int streamDepth = 0;
+};
 
 }  // namespace
 
 FbxWalkStats FbxWalkFields(FbxFieldStream& stream, bool decodeArrays, int depthLimit) {
+    // A stack of levels rather than recursion: a file can nest blocks to
+    // any depth.
     FbxWalkStats stats;
-    Walk(stream, stats, decodeArrays, 0, depthLimit);
+    std::vector<Level> path{{0, 0, stream.Depth()}};
+    while (!path.empty()) {
+        Level& at = path.back();
+        int depth = static_cast<int>(path.size()) - 1;
+        if (depth > stats.maxDepth) stats.maxDepth = depth;
+        const char* name = stream.FieldName(at.field);
+        if (!name) {
+            stream.RewindFields();
+            path.pop_back();
+            if (path.empty()) break;
+            // A block that failed to load may have left more than one level.
+            while (stream.Depth() > path.back().streamDepth) stream.LeaveBlock();
+            stream.EndField();
+            continue;
+        }
+        if (at.instance == 0) MixBytes(stats, name, std::strlen(name));
+        if (at.instance >= stream.FieldInstanceCount(name)) {
+            ++at.field;
+            at.instance = 0;
+            continue;
+        }
+        if (!stream.BeginFieldAt(at.field, at.instance++)) continue;
+        ++stats.fields;
+        while (stream.ValuesLeft() > 0) ReadValue(stream, stats, decodeArrays);
+        if (depth < depthLimit && stream.HasBlock()) {
+            int before = stream.Depth();
+            if (stream.EnterBlock()) {
+                ++stats.blocks;
+                path.push_back({0, 0, before + 1});
+                continue;
+            }
+            while (stream.Depth() > before) stream.LeaveBlock();
+        }
+        stream.EndField();
+    }
     return stats;
 }

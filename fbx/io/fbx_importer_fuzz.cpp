@@ -1,12 +1,15 @@
 // Imports arbitrary bytes as an FBX file into a scene, the whole way from
-// the header to the connections, so that no input crashes, hangs or leaks
-// the read. The bytes go through a file because the importer reads files.
+// the header through the connections and every pass after them, so that no
+// input crashes, hangs or leaks the read. The bytes go through a file
+// because the importer reads files.
 #include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <unordered_set>
+#include <vector>
 
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_io_settings.h"
@@ -21,12 +24,22 @@ const std::string& inputPath() {
     return path;
 }
 
-// Touches what a caller of the import would: the tree from the root.
-int walk(const FbxNode* node, int depth) {
-    if (!node || depth > 64) return 0;
-    int count = 1 + node->GetNodeAttributeCount() + node->GetMaterialCount();
-    for (int i = 0; i < node->GetChildCount(); ++i) count += walk(node->GetChild(i), depth + 1);
-    return count;
+// Touches what a caller of the import would: the tree from the root, each
+// node once, with a stack of its own.
+int walk(const FbxNode* root) {
+    std::vector<const FbxNode*> pending{root};
+    std::unordered_set<const FbxNode*> seen{root};
+    int count = 0;
+    while (!pending.empty()) {
+        const FbxNode* node = pending.back();
+        pending.pop_back();
+        if (!node) continue;
+        count += 1 + node->GetNodeAttributeCount() + node->GetMaterialCount() + (node->GetMesh() ? 1 : 0) +
+                 (node->GetSkeleton() ? 1 : 0);
+        for (int i = 0; i < node->GetChildCount(); ++i)
+            if (seen.insert(node->GetChild(i)).second) pending.push_back(node->GetChild(i));
+    }
+    return count + root->GetChildCount(true);
 }
 
 }  // namespace
@@ -46,8 +59,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (importer->Initialize(inputPath().c_str(), -1, settings)) {
         FbxScene* scene = FbxScene::Create(manager, "fuzz");
         importer->Import(scene);
-        volatile int nodes = walk(scene->GetRootNode(), 0);
-        (void)nodes;
+        if (FbxNode* root = scene->GetRootNode()) {
+            volatile int nodes = walk(root);
+            (void)nodes;
+        }
     }
     manager->Destroy();
     std::remove(inputPath().c_str());

@@ -1,6 +1,7 @@
 #include "fbx/io/fbx_property_records.h"
 
 #include <cstring>
+#include <unordered_set>
 
 #include "fbx/io/fbx_field_stream.h"
 #include "fbx/io/fbx_template_map.h"
@@ -382,12 +383,13 @@ bool FbxReadDefinitions(FbxFieldStream& stream, FbxManager& manager, std::vector
         return true;
     }
     stream.NextInt("Version", 0);
+    // A file may list any number of type words: they are looked up, not
+    // searched.
+    std::unordered_set<FbxString> known(objectTypes.begin(), objectTypes.end());
     while (stream.BeginField("ObjectType")) {
         FbxString word = stream.NextString();
         if (word == "Character") word = "Constraint";
-        bool known = false;
-        for (const FbxString& type : objectTypes) known = known || type == word;
-        if (!known) {
+        if (known.insert(word).second) {
             objectTypes.push_back(word);
             if (enterBlock(stream)) {
                 while (stream.BeginField("PropertyTemplate")) {

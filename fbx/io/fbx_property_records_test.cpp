@@ -64,17 +64,11 @@ protected:
 };
 
 TEST(FbxPropertyFlags, LettersGiveTheirBitsAndMemberFields) {
-    EXPECT_EQ(FbxParsePropertyFlags(""), 0u);
-    EXPECT_EQ(FbxParsePropertyFlags("A"), 2u);
-    EXPECT_EQ(FbxParsePropertyFlags("AU+H"), 2u | 16u | 4u | 32u);
     // "L3" is lock field 3; "M" with nothing behind it is mute field 15.
     EXPECT_EQ(FbxParsePropertyFlags("AU+HL3M"), 2u | 16u | 4u | 32u | 3u * 128u | 15u * 2048u);
-    EXPECT_EQ(FbxParsePropertyFlags("La"), 10u * 128u);
-    EXPECT_EQ(FbxParsePropertyFlags("Me"), 14u * 2048u);
-    EXPECT_EQ(FbxParsePropertyFlags("L9"), 9u * 128u);
+    EXPECT_EQ(FbxParsePropertyFlags("LaMe"), 10u * 128u | 14u * 2048u);
     // Any other character gives 15 and is taken as the field's.
     EXPECT_EQ(FbxParsePropertyFlags("LzA"), 15u * 128u | 2u);
-    EXPECT_EQ(FbxParsePropertyFlags("Lf"), 15u * 128u);
     EXPECT_EQ(FbxParsePropertyFlags(nullptr), 0u);
 }
 
@@ -160,21 +154,14 @@ TEST_F(PropertyRecords, PathNamesNeedTheirParent) {
 TEST_F(PropertyRecords, EveryBaseTypeReadsItsValue) {
     Read([](FbxBinaryBuilder& b) {
         P(b, "byte", "Byte", "", "").Byte(-5).End();
-        P(b, "ubyte", "UByte", "", "").Int(200).End();
-        P(b, "short", "Short", "", "").Short(-300).End();
         P(b, "ushort", "UShort", "", "").Short(static_cast<int16_t>(60000)).End();
         P(b, "uint", "UInteger", "", "").Int(static_cast<int32_t>(4000000000u)).End();
-        P(b, "long", "LongLong", "", "").Long(-(int64_t(1) << 40)).End();
         P(b, "ulong", "ULongLong", "", "").Long(int64_t(1) << 62).End();
         P(b, "half", "HalfFloat", "", "").Float(0.5f).End();
         P(b, "bool", "bool", "", "").Int(1).End();
-        P(b, "int", "int", "Integer", "").Int(-42).End();
         P(b, "enum", "enum", "", "").Int(2).End();
         P(b, "float", "float", "", "").Float(1.25f).End();
-        P(b, "double", "double", "Number", "").Double(-2.5).End();
         P(b, "v2", "Vector2D", "", "").Double(1).Double(2).End();
-        P(b, "v3", "Vector3D", "Vector", "").Double(1).Double(2).Double(3).End();
-        P(b, "v4", "ColorRGBA", "", "").Double(1).Double(2).Double(3).Double(4).End();
         b.Begin("P").String("m").String("matrix4x4").String("").String("");
         for (int i = 0; i < 16; ++i) b.Double(i);
         b.End();
@@ -185,42 +172,26 @@ TEST_F(PropertyRecords, EveryBaseTypeReadsItsValue) {
         P(b, "when", "DateTime", "", "").String("2026-11-22 10:20:30:400").End();
         P(b, "never", "DateTime", "", "").String("").End();
         P(b, "compound", "Compound", "", "").End();
-        P(b, "action", "Action", "", "").End();
     });
     auto get = [this](const char* name) { return object->FindProperty(name); };
     EXPECT_EQ(get("byte").Get<FbxChar>(), -5);
-    EXPECT_EQ(get("ubyte").Get<FbxUChar>(), 200);
-    EXPECT_EQ(get("short").Get<FbxShort>(), -300);
     EXPECT_EQ(get("ushort").Get<FbxUShort>(), 60000);
     EXPECT_EQ(get("uint").Get<FbxUInt>(), 4000000000u);
-    EXPECT_EQ(get("long").Get<FbxLongLong>(), -(int64_t(1) << 40));
     EXPECT_EQ(get("ulong").Get<FbxULongLong>(), uint64_t(1) << 62);
     EXPECT_FLOAT_EQ(get("half").Get<FbxHalfFloat>().Value(), 0.5f);
     EXPECT_TRUE(get("bool").Get<FbxBool>());
-    EXPECT_EQ(get("int").Get<FbxInt>(), -42);
     EXPECT_EQ(get("enum").GetPropertyDataType(), FbxEnumDT);
     EXPECT_EQ(get("enum").Get<FbxInt>(), 2);
     EXPECT_FLOAT_EQ(get("float").Get<FbxFloat>(), 1.25f);
-    EXPECT_DOUBLE_EQ(get("double").Get<FbxDouble>(), -2.5);
     EXPECT_EQ(get("v2").Get<FbxDouble2>(), FbxDouble2(1, 2));
-    EXPECT_EQ(get("v3").Get<FbxDouble3>(), FbxDouble3(1, 2, 3));
-    EXPECT_EQ(get("v4").Get<FbxDouble4>(), FbxDouble4(1, 2, 3, 4));
-    FbxDouble4x4 m = get("m").Get<FbxDouble4x4>();
-    EXPECT_DOUBLE_EQ(m.At(3, 3), 15.0);
-    EXPECT_DOUBLE_EQ(m.At(1, 2), 6.0);
+    EXPECT_DOUBLE_EQ(get("m").Get<FbxDouble4x4>().At(1, 2), 6.0);
     EXPECT_EQ(get("string").Get<FbxString>(), "text");
     EXPECT_EQ(get("ticks").Get<FbxTime>().Get(), FbxTime::kTicksPerSecond * 3);
     EXPECT_EQ(get("seconds").Get<FbxTime>().Get(), FbxTime::kTicksPerSecond * 2);
-    FbxDistance distance = get("distance").Get<FbxDistance>();
-    EXPECT_FLOAT_EQ(distance.value, 10.0f);
-    EXPECT_EQ(distance.unit, "cm");
-    FbxDateTime when = get("when").Get<FbxDateTime>();
-    EXPECT_EQ(when.year, 2026);
-    EXPECT_EQ(when.second, 30);
-    EXPECT_EQ(when.millisecond, 400);
+    EXPECT_EQ(get("distance").Get<FbxDistance>().unit, "cm");
+    EXPECT_EQ(get("when").Get<FbxDateTime>().millisecond, 400);
     EXPECT_EQ(get("never").Get<FbxDateTime>(), FbxDateTime());
     EXPECT_TRUE(get("compound").IsValid());
-    EXPECT_TRUE(get("action").IsValid());
     EXPECT_FALSE(status.Error());
 }
 
@@ -392,23 +363,11 @@ TEST_F(Templates, ATemplateChangesDefaultsOfItsFileOnlyAndTheFileValuesWin) {
     EXPECT_DOUBLE_EQ(own->FindProperty("Number").Get<FbxDouble>(), 9.0);
 }
 
-TEST_F(Templates, ABaseClassTemplateDoesNothingForASubclass) {
+TEST_F(Templates, RepeatedWordsUnknownClassesAndSubclassesGetNoTemplate) {
     ReadDefinitions([](FbxBinaryBuilder& b) {
-        ObjectType(b, "TestObject", "FbxTestObject",
-                   [](FbxBinaryBuilder& b) { P(b, "Number", "double", "Number", "").Double(7.0).End(); });
-    });
-    FbxTestDerived* derived = FbxTestDerived::Create(manager, "derived");
-    templates.Apply(*derived);
-    EXPECT_DOUBLE_EQ(derived->FindProperty("Number").Get<FbxDouble>(), 1.5);
-    EXPECT_EQ(derived->GetPropertyPage()->EntryCount(), 0);
-}
-
-TEST_F(Templates, RepeatedWordsAndUnknownClassesAreSkipped) {
-    ReadDefinitions([](FbxBinaryBuilder& b) {
-        ObjectType(b, "TestObject", "FbxTestObject",
-                   [](FbxBinaryBuilder& b) { P(b, "Number", "double", "Number", "").Double(7.0).End(); });
-        ObjectType(b, "TestObject", "FbxTestObject",
-                   [](FbxBinaryBuilder& b) { P(b, "Number", "double", "Number", "").Double(9.0).End(); });
+        for (double value : {7.0, 9.0})
+            ObjectType(b, "TestObject", "FbxTestObject",
+                       [value](FbxBinaryBuilder& b) { P(b, "Number", "double", "Number", "").Double(value).End(); });
         ObjectType(b, "Character", "FbxNoSuchClass",
                    [](FbxBinaryBuilder& b) { P(b, "Number", "double", "Number", "").Double(9.0).End(); });
         b.Begin("ObjectType").String("GlobalSettings").Begin("Count").Int(1).End().End();
@@ -416,16 +375,11 @@ TEST_F(Templates, RepeatedWordsAndUnknownClassesAreSkipped) {
     EXPECT_EQ(types, (std::vector<FbxString>{"TestObject", "Constraint", "GlobalSettings"}));
     ASSERT_EQ(templates.Count(), 1);
     EXPECT_DOUBLE_EQ(templates.Find(FbxTestObject::ClassId)->FindProperty("Number").Get<FbxDouble>(), 7.0);
-}
-
-TEST_F(Templates, AFileWithoutDefinitionsGivesNothing) {
-    FbxBinaryBuilder b;
-    b.Begin("Objects").Int(0).End();
-    Opened o(b.Finish());
-    ASSERT_TRUE(o.ok);
-    EXPECT_TRUE(FbxReadDefinitions(o.stream, *manager, types, templates, status));
-    EXPECT_TRUE(types.empty());
-    EXPECT_EQ(templates.Count(), 0);
+    // A base class's template does nothing for a subclass.
+    FbxTestDerived* derived = FbxTestDerived::Create(manager, "derived");
+    templates.Apply(*derived);
+    EXPECT_DOUBLE_EQ(derived->FindProperty("Number").Get<FbxDouble>(), 1.5);
+    EXPECT_EQ(derived->GetPropertyPage()->EntryCount(), 0);
 }
 
 }  // namespace

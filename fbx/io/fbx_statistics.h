@@ -1,5 +1,6 @@
 #pragma once
 
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -9,15 +10,17 @@
 // them, as its "Definitions" give them.
 class FbxStatistics {
 public:
-    void Reset() { items_.clear(); }
+    void Reset() {
+        items_.clear();
+        index_.clear();
+    }
     // Adds to the count of a type word, entering it on first use.
     void AddItem(const FbxString& name, int count) {
-        for (auto& item : items_)
-            if (item.first == name) {
-                item.second += count;
-                return;
-            }
-        items_.emplace_back(name, count);
+        auto [it, added] = index_.emplace(name, items_.size());
+        if (added)
+            items_.emplace_back(name, count);
+        else
+            items_[it->second].second += count;
     }
     int GetNbItems() const { return static_cast<int>(items_.size()); }
     // False for an index out of range.
@@ -29,9 +32,9 @@ public:
     }
     // 0 for a word that is not there.
     int GetCount(const char* name) const {
-        for (const auto& item : items_)
-            if (item.first == name) return item.second;
-        return 0;
+        if (!name) return 0;
+        auto it = index_.find(name);
+        return it == index_.end() ? 0 : items_[it->second].second;
     }
     // The sum of all counts.
     long long GetTotal() const {
@@ -42,4 +45,5 @@ public:
 
 private:
     std::vector<std::pair<FbxString, int>> items_;
+    std::unordered_map<FbxString, size_t> index_;  // word to its place in items_
 };

@@ -57,11 +57,19 @@ void applyOne(FbxObject& object, const FbxProperty& source) {
     target.CopyValue(source);
 }
 
-// Visits the properties below `parent` in tree order.
-void applyBelow(FbxObject& object, const FbxProperty& parent) {
-    for (FbxProperty p = parent.GetChild(); p.IsValid(); p = p.GetSibling()) {
+// Visits the properties below `top` in tree order: each before its
+// children, children before the next sibling. The walk climbs back through
+// the parents rather than recursing, so that a deep template costs no stack.
+void applyBelow(FbxObject& object, const FbxProperty& top) {
+    FbxProperty p = top.GetChild();
+    while (p.IsValid()) {
         applyOne(object, p);
-        applyBelow(object, p);
+        FbxProperty next = p.GetChild();
+        while (!next.IsValid() && p.IsValid() && p != top) {
+            next = p.GetSibling();
+            if (!next.IsValid()) p = p.GetParent();
+        }
+        p = next;
     }
 }
 

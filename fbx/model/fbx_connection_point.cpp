@@ -174,13 +174,30 @@ void FbxConnectionPoint::RemoveHiddenDst(const FbxConnectionPoint* point) {
     }
 }
 
+// Both ends list a connection, so the shorter list answers: one object
+// with very many connections (a material on every node of a scene) must not
+// make each check a walk of all of them. Views list only what their filter
+// passes and are asked by their own lists.
+
 bool FbxConnectionPoint::IsConnectedSrc(const FbxConnectionPoint* point) const {
     if (!point) return false;
+    if (!IsView() && !point->IsView() && point->dst_.size() + point->hiddenDst_.size() < src_.size()) {
+        // A one-way connection stands among the other end's hidden ones.
+        return lastIndexOf(point->dst_, this) >= 0 ||
+               std::find(point->hiddenDst_.begin(), point->hiddenDst_.end(), this) != point->hiddenDst_.end();
+    }
     return lastIndexOf(src_, point) >= 0;
 }
 
 bool FbxConnectionPoint::IsConnectedDst(const FbxConnectionPoint* point) const {
     if (!point) return false;
+    if (!IsView() && !point->IsView() && point->src_.size() < dst_.size()) {
+        // A one-way connection is listed by its destination alone and is no
+        // destination of this point.
+        for (const Link& link : point->src_)
+            if (link.point == this && !(link.type & eConnectOneWay)) return true;
+        return false;
+    }
     return lastIndexOf(dst_, point) >= 0;
 }
 

@@ -173,6 +173,30 @@ TEST_F(FbxConnectionTest, OneWayAndWrongKindPoints) {
     EXPECT_FALSE(other->ConnectSrcObject(sinkOnly));
 }
 
+TEST_F(FbxConnectionTest, ConnectionsAreFoundFromEitherEndHoweverManyOneEndHas) {
+    // One shared object with more connections than its partners, both ways.
+    FbxObject* shared = FbxObject::Create(manager, "shared");
+    std::vector<FbxObject*> users;
+    for (int i = 0; i < 40; ++i) {
+        users.push_back(FbxObject::Create(manager, "user"));
+        users.back()->ConnectSrcObject(shared);
+        shared->ConnectSrcObject(users.back());
+    }
+    FbxObject* stranger = FbxObject::Create(manager, "stranger");
+    FbxObject* oneWay = FbxObject::Create(manager, "oneWay");
+    oneWay->GetRootProperty().SetConnectionPointType(FbxConnectionPoint::eDefault | FbxConnectionPoint::eOneWay);
+    oneWay->ConnectSrcObject(shared);
+    for (FbxObject* user : {users.front(), users.back()}) {
+        EXPECT_TRUE(shared->IsConnectedDstObject(user));
+        EXPECT_TRUE(shared->IsConnectedSrcObject(user));
+    }
+    EXPECT_FALSE(shared->IsConnectedDstObject(stranger));
+    EXPECT_FALSE(shared->IsConnectedSrcObject(stranger));
+    // A one-way connection lists no destination on the source's side.
+    EXPECT_TRUE(oneWay->IsConnectedSrcObject(shared));
+    EXPECT_FALSE(shared->IsConnectedDstObject(oneWay));
+}
+
 TEST_F(FbxConnectionTest, ConnectNotifyCanRefuseAndHearsEveryStep) {
     FbxListeningObject::ClassId =
         manager->RegisterRuntimeClass("FbxListeningObject", FbxObject::ClassId, &FbxListeningObject::Allocate);

@@ -100,32 +100,58 @@ bool FbxObject::OwnsSource(const FbxObject* source, bool recursive) const {
 
 void FbxObject::Destroy(bool recursive) {
     if (destroying_) return;
-    if (manager_) manager_->UnregisterObject(this);
-    Destruct(recursive);
-    delete this;
+    // Owned sources go first, each with what it owns in turn, depth first
+    // and from the last source to the first. The walk keeps its own stack:
+    // connections read from a file can chain owners (scenes inside scenes)
+    // to any depth.
+    struct Step {
+        FbxObject* object;
+        int next;  // the source to look at next, counting down
+    };
+    std::vector<Step> stack;
+    auto begin = [&stack](FbxObject* object) {
+        if (object->manager_) object->manager_->UnregisterObject(object);
+        object->destroying_ = true;
+        const FbxConnectionPoint* point = object->page_ ? object->page_->GetPoint(0) : nullptr;
+        // The manager's teardown deletes every object itself.
+        bool walk = point && !(object->manager_ && object->manager_->IsDestroyingAll());
+        stack.push_back({object, walk ? static_cast<int>(point->Sources().size()) - 1 : -1});
+    };
+    begin(this);
+    while (!stack.empty()) {
+        Step& step = stack.back();
+        if (FbxObject* owned = step.object->NextOwnedSource(step.next, recursive)) {
+            begin(owned);
+            continue;
+        }
+        FbxObject* done = step.object;
+        stack.pop_back();
+        done->Destruct(recursive);
+        delete done;
+    }
 }
 
-void FbxObject::Destruct(bool recursive) {
-    destroying_ = true;
-    FbxConnectionPoint* point = page_ ? page_->GetPoint(0) : nullptr;
-    if (point && !(manager_ && manager_->IsDestroyingAll())) {
-        // From the last source to the first, so that each removal from this
-        // object's list is at its end. A destroyed source can take others
-        // with it; the index is clamped to what is left.
-        int i = static_cast<int>(point->Sources().size()) - 1;
-        while (i >= 0) {
-            int count = static_cast<int>(point->Sources().size());
-            if (i >= count) {
-                i = count - 1;
-                continue;
-            }
-            const FbxConnectionPoint* src = point->Sources()[static_cast<size_t>(i)].point;
-            FbxObject* object = src->IsObjectPoint() ? src->GetOwnerObject() : nullptr;
-            if (object && object != this && !object->destroying_ && OwnsSource(object, recursive))
-                object->Destroy(recursive);
-            --i;
+FbxObject* FbxObject::NextOwnedSource(int& index, bool recursive) const {
+    const FbxConnectionPoint* point = page_ ? page_->GetPoint(0) : nullptr;
+    if (!point) return nullptr;
+    // A destroyed source can take others with it: the index is clamped to
+    // what is left.
+    while (index >= 0) {
+        int count = static_cast<int>(point->Sources().size());
+        if (index >= count) {
+            index = count - 1;
+            continue;
         }
+        const FbxConnectionPoint* src = point->Sources()[static_cast<size_t>(index)].point;
+        --index;
+        FbxObject* object = src->IsObjectPoint() ? src->GetOwnerObject() : nullptr;
+        if (object && object != this && !object->destroying_ && OwnsSource(object, recursive)) return object;
     }
+    return nullptr;
+}
+
+void FbxObject::Destruct(bool) {
+    destroying_ = true;
     if (page_) {
         for (const FbxPropertyPage::Entry& e : page_->Entries())
             if (e.point) e.point->DisconnectAll();

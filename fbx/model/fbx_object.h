@@ -259,7 +259,8 @@ protected:
     //
     // forceSet is true when the object's own class page was just made.
     virtual void ConstructProperties(bool forceSet);
-    // Destroys owned sources, undoes all connections, frees the page.
+    // Undoes all connections and frees the page. Destroy has taken the
+    // owned sources down before.
     virtual void Destruct(bool recursive);
 
     // Helpers for the Create forms of KIVA_FBX_OBJECT_DECLARE.
@@ -272,6 +273,9 @@ private:
     friend class qe::DListItem<FbxObject, FbxManagerListTag>;
 
     bool OwnsSource(const FbxObject* source, bool recursive) const;
+    // The next source at or below `index` that this object owns, with the
+    // index moved past it; null when none is left.
+    FbxObject* NextOwnedSource(int& index, bool recursive) const;
 
     qe::Ref<FbxPropertyPage> page_;
     FbxString initialName_;

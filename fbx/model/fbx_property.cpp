@@ -1,6 +1,7 @@
 #include "fbx/model/fbx_property.h"
 
 #include <cstring>
+#include <vector>
 
 #include "fbx/model/fbx_connection_point.h"
 #include "fbx/model/fbx_object.h"
@@ -41,12 +42,18 @@ const char* FbxProperty::GetName() const {
 
 FbxString FbxProperty::GetHierarchicalName() const {
     if (!IsValid() || id_ == 0) return FbxString();
-    FbxString result = GetName();
+    // Names from this property up to the root's child, joined from the top;
+    // the depth of a tree cannot exceed the number of ids that exist.
+    std::vector<const char*> names{GetName()};
     FbxProperty parent = GetParent();
-    // The depth of a tree cannot exceed the number of ids that exist.
     for (int guard = 0; parent.IsValid() && !parent.IsRoot() && guard < (1 << 20); ++guard) {
-        result = FbxString(parent.GetName()) + "|" + result;
+        names.push_back(parent.GetName());
         parent = parent.GetParent();
+    }
+    FbxString result = names.back();
+    for (size_t i = names.size() - 1; i-- > 0;) {
+        result += '|';
+        result += names[i];
     }
     return result;
 }

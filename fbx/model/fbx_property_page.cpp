@@ -21,9 +21,8 @@ bool sameName(std::string_view a, std::string_view b, bool caseSensitive) {
 
 }  // namespace
 
-bool FbxPropertyPage::IndexLess(const IndexItem& a, const IndexItem& b) {
-    if (a.parentId != b.parentId) return a.parentId < b.parentId;
-    return a.name < b.name;
+size_t FbxPropertyPage::IndexHash::operator()(const IndexKey& key) const {
+    return std::hash<std::string_view>()(key.name) * 31 + static_cast<size_t>(key.parentId);
 }
 
 FbxPropertyInfo* FbxPropertyInfo::Clone() const {
@@ -78,6 +77,7 @@ void FbxPropertyPage::CopyEntriesFrom(const FbxPropertyPage& other) {
     for (Entry& k : kept) GetOrAddEntry(k.id).point = std::move(k.point);
     nextId_ = std::max(nextId_, other.nextId_);
     index_.reset();
+    children_.reset();
 }
 
 FbxPropertyPage::Entry* FbxPropertyPage::FindEntry(int id) {
@@ -153,6 +153,7 @@ FbxPropertyInfo* FbxPropertyPage::GetOwnInfo(int id) {
     Entry& e = GetOrAddEntry(id);
     e.info = qe::Ref<FbxPropertyInfo>(inherited->Clone());
     index_.reset();
+    children_.reset();
     return e.info.get();
 }
 
@@ -212,12 +213,9 @@ int FbxPropertyPage::Add(int parentId, const char* name, FbxDataType type, const
     Entry& e = GetOrAddEntry(id);
     e.info = qe::Ref<FbxPropertyInfo>(info);
     if (FbxPropertyValue* value = FbxPropertyValue::Create(type.GetType())) e.value = qe::Ref<FbxPropertyValue>(value);
-    if (index_) {
-        IndexItem item{parentId, info->name, id};
-        auto it = std::lower_bound(index_->begin(), index_->end(), item, IndexLess);
-        // A name already there keeps its smaller id.
-        if (it == index_->end() || it->parentId != parentId || it->name != item.name) index_->insert(it, item);
-    }
+    // A name already there keeps its smaller id.
+    if (index_) index_->emplace(IndexKey{parentId, info->name}, id);
+    children_.reset();
     return id;
 }
 
@@ -227,18 +225,32 @@ void FbxPropertyPage::AddRoot(const char* name) {
     info->dataType = FbxCompoundDT;
     GetOrAddEntry(0).info = qe::Ref<FbxPropertyInfo>(info);
     nextId_ = std::max(nextId_, 1);
+    children_.reset();
+}
+
+const FbxPropertyPage::ChildIndex& FbxPropertyPage::Children() const {
+    if (children_) return *children_;
+    // Most object pages hold values and no infos of their own.
+    static const ChildIndex kNone;
+    size_t infos = 0;
+    for (const Entry& e : entries_) infos += e.info ? 1 : 0;
+    if (infos == 0) return kNone;
+    children_ = std::make_unique<ChildIndex>();
+    children_->reserve(infos);
+    for (const Entry& e : entries_)
+        if (e.info && e.id != e.info->parentId) children_->emplace_back(e.info->parentId, e.id);
+    std::sort(children_->begin(), children_->end());
+    return *children_;
 }
 
 int FbxPropertyPage::FirstChild(int parentId) const {
+    // The smallest child id of any page on the chain; each page finds its
+    // own by a binary search, so that a walk of a large tree stays linear.
     int best = INT_MAX;
     for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
-        for (const Entry& e : p->entries_) {
-            if (e.id >= best) break;
-            if (e.info && e.info->parentId == parentId && e.id != parentId) {
-                best = e.id;
-                break;
-            }
-        }
+        const ChildIndex& children = p->Children();
+        auto it = std::lower_bound(children.begin(), children.end(), std::make_pair(parentId, INT_MIN));
+        if (it != children.end() && it->first == parentId) best = std::min(best, it->second);
     }
     return best == INT_MAX ? -1 : best;
 }
@@ -249,14 +261,9 @@ int FbxPropertyPage::NextSibling(int id) const {
     int parentId = info->parentId;
     int best = INT_MAX;
     for (const FbxPropertyPage* p = this; p; p = p->parent_.get()) {
-        auto it = std::upper_bound(p->entries_.begin(), p->entries_.end(), id,
-                                   [](int v, const Entry& e) { return v < e.id; });
-        for (; it != p->entries_.end() && it->id < best; ++it) {
-            if (it->info && it->info->parentId == parentId) {
-                best = it->id;
-                break;
-            }
-        }
+        const ChildIndex& children = p->Children();
+        auto it = std::upper_bound(children.begin(), children.end(), std::make_pair(parentId, id));
+        if (it != children.end() && it->first == parentId) best = std::min(best, it->second);
     }
     return best == INT_MAX ? -1 : best;
 }
@@ -284,8 +291,8 @@ int FbxPropertyPage::FindChild(int parentId, std::string_view name, bool caseSen
 int FbxPropertyPage::FindOwnChild(int parentId, std::string_view name) const {
     if (IndexAllowed()) {
         const NameIndex& index = Index();
-        auto it = std::lower_bound(index.begin(), index.end(), IndexItem{parentId, name, 0}, IndexLess);
-        return it != index.end() && it->parentId == parentId && it->name == name ? it->id : -1;
+        auto it = index.find(IndexKey{parentId, name});
+        return it != index.end() ? it->second : -1;
     }
     // An object page outside a bracket: its own properties are few.
     for (const Entry& e : entries_)
@@ -296,15 +303,10 @@ int FbxPropertyPage::FindOwnChild(int parentId, std::string_view name) const {
 const FbxPropertyPage::NameIndex& FbxPropertyPage::Index() const {
     if (index_) return *index_;
     index_ = std::make_unique<NameIndex>();
+    index_->reserve(entries_.size());
+    // Entries come in id order: the first of a name keeps it.
     for (const Entry& e : entries_)
-        if (e.info && e.id != 0) index_->push_back(IndexItem{e.info->parentId, e.info->name, e.id});
-    // Sorted by key, the smallest id of a name first; then one item a key.
-    std::stable_sort(index_->begin(), index_->end(), IndexLess);
-    index_->erase(std::unique(index_->begin(), index_->end(),
-                              [](const IndexItem& a, const IndexItem& b) {
-                                  return a.parentId == b.parentId && a.name == b.name;
-                              }),
-                  index_->end());
+        if (e.info && e.id != 0) index_->emplace(IndexKey{e.info->parentId, e.info->name}, e.id);
     return *index_;
 }
 

@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "fbx/model/fbx_data_type.h"
@@ -104,23 +106,32 @@ public:
     void EndCreateOrFind();
 
 private:
-    // One name of a page's index. The name views the text of an info held
+    // One name of a page's index: the name views the text of an info held
     // by one of the page's own entries; the index is dropped whenever such
     // an info is replaced.
-    struct IndexItem {
+    struct IndexKey {
         int parentId;
         std::string_view name;
-        int id;
+        bool operator==(const IndexKey&) const = default;
     };
-    using NameIndex = std::vector<IndexItem>;  // sorted by (parentId, name)
+    struct IndexHash {
+        size_t operator()(const IndexKey& key) const;
+    };
+    // Each name maps to the smallest id it has. Hashed, so that a page that
+    // gains many properties (a file can give one object any number) pays a
+    // constant cost for each.
+    using NameIndex = std::unordered_map<IndexKey, int, IndexHash>;
 
-    static bool IndexLess(const IndexItem& a, const IndexItem& b);
     // Class pages always keep an index; object pages only inside a bracket.
     bool IndexAllowed() const { return owner_ == nullptr || cacheDepth_ > 0; }
     const NameIndex& Index() const;
     // The smallest id of a child of that name on this page only, or -1.
     int FindOwnChild(int parentId, std::string_view name) const;
     int NextFreeId() const;
+    // (parent id, id) of every property that has its info on this page,
+    // sorted; made on first need and dropped when the page gains an info.
+    using ChildIndex = std::vector<std::pair<int, int>>;
+    const ChildIndex& Children() const;
 
     qe::Ref<FbxPropertyPage> parent_;
     FbxObject* owner_ = nullptr;
@@ -128,4 +139,5 @@ private:
     int nextId_ = 0;
     int cacheDepth_ = 0;
     mutable std::unique_ptr<NameIndex> index_;
+    mutable std::unique_ptr<ChildIndex> children_;
 };

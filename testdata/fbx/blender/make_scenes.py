@@ -339,7 +339,8 @@ def scene_empties(outdir):
     report_objects(scene)
 
 
-BINARY_MAGIC = b"Kaydara FBX Binary  \x00\x1a\x00"
+# The 20-byte binary magic, a NUL, 0x1A and the little-endian flag.
+BINARY_MAGIC = bytes.fromhex("4B 61 79 64 61 72 61 20 46 42 58 20 42 69 6E 61 72 79 20 20 00 1A 00")
 
 
 def main():
