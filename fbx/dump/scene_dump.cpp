@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "fbx/dump/geometry_dump.h"
 #include "fbx/io/fbx_importer.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_node_attribute.h"
@@ -113,6 +114,7 @@ DumpValue dumpObject(const FbxObject& object) {
     collectProperties(object, properties, connections);
     value.add("propertyConnections", std::move(connections));
     value.add("properties", std::move(properties));
+    addGeometryDetails(object, value);
     return value;
 }
 

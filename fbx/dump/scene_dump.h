@@ -21,5 +21,6 @@ DumpValue dumpNodeTree(const FbxScene& scene);
 // grouped by class name (in member order within a class): "class",
 // "name", "sources" and "destinations" (objects, as "Class Name"),
 // "propertyConnections" and "properties" (those whose values differ from
-// the class default, by hierarchical name).
+// the class default, by hierarchical name), and for geometry, deformers,
+// poses, materials, textures and videos what addGeometryDetails gives.
 DumpValue dumpObjects(const FbxDocument& document);

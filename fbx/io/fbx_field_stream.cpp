@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -749,6 +750,38 @@ const int64_t* FbxFieldStream::NextLongArray(int& count, char code) {
 }
 const uint64_t* FbxFieldStream::NextULongArray(int& count, char code) {
     return static_cast<const uint64_t*>(NextArray(code, 0, 8, count));
+}
+
+int FbxFieldStream::NextArrayInto(FbxByteBuffer& out, char code) {
+    out.Clear();
+    FbxFieldInstance* instance = CurrentInstance();
+    size_t elementSize;
+    switch (code) {
+    case 'b':
+    case 'c':
+        elementSize = 1;
+        break;
+    case 'i':
+    case 'f':
+        elementSize = 4;
+        break;
+    case 'd':
+    case 'l':
+        elementSize = 8;
+        break;
+    default:
+        return 0;
+    }
+    if (!instance) return 0;
+    // The decode goes to the instance's scratch result; lending `out` as
+    // that result for the read puts the values straight into it.
+    FbxByteBuffer& scratch = instance->Scratch();
+    std::swap(scratch, out);
+    int count = 0;
+    NextArray(code, code == 'b' ? 1 : 0, elementSize, count);
+    std::swap(scratch, out);
+    if (count == 0) out.Clear();
+    return count;
 }
 
 // --- Reads of a whole field -------------------------------------------------

@@ -165,6 +165,11 @@ public:
     const double* NextDoubleArray(int& count, char code = 'd');
     const int64_t* NextLongArray(int& count, char code = 'l');
     const uint64_t* NextULongArray(int& count, char code = 'l');
+    // Decodes the next array, of code 'b', 'c', 'i', 'f', 'd' or 'l', into
+    // `out` instead of the scratch result, so that the caller can keep the
+    // block (FbxByteBuffer::Detach) without copying it. The element count; 0
+    // (and `out` empty) as for the reads above.
+    int NextArrayInto(FbxByteBuffer& out, char code);
 
     // Reads of a whole field: BeginField(name), the read, EndField(); the
     // default when the field is absent.
