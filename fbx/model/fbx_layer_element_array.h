@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "fbx/model/fbx_array.h"
 #include "fbx/model/fbx_color.h"
@@ -135,9 +136,10 @@ public:
     using FbxLayerElementArray::Find;
     using FbxLayerElementArray::GetAt;
     using FbxLayerElementArray::SetAt;
-    // The value at `index`; all zero bytes out of range.
+    // The value at `index`; all zero bytes when it cannot be read.
     T GetAt(int index) const {
         T value;
+        std::memset(static_cast<void*>(&value), 0, sizeof(T));
         FbxLayerElementArray::GetAt(index, &value, kType);
         return value;
     }

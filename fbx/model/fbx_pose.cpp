@@ -16,23 +16,48 @@ void FbxPose::ConstructProperties(bool forceSet) {
     sNodes = FbxProperty::Create(ClassId.GetRootClassProperty(), FbxReferenceDT, "Nodes").GetId();
 }
 
-bool FbxPose::IsLive(const FbxNode* node) const {
-    // The pointer is only compared: a node that was destroyed has left the
-    // property's sources.
-    return node && Nodes().IsConnectedSrcObject(node);
+void FbxPose::Sync() const {
+    FbxProperty nodes = Nodes();
+    int sources = nodes.GetSrcObjectCount();
+    if (sources == live_) return;
+    // The sources are the live entries' nodes in entry order, less those
+    // that left: walk both together.
+    int next = 0;
+    index_.clear();
+    live_ = 0;
+    for (size_t i = 0; i < entries_.size(); ++i) {
+        FbxPoseInfo& entry = entries_[i];
+        if (!entry.node) continue;
+        int at = next;
+        while (at < sources && nodes.GetSrcObject(at) != entry.node) ++at;
+        if (at == sources) {
+            entry.node = nullptr;
+            continue;
+        }
+        next = at + 1;
+        index_.emplace(entry.node, static_cast<int>(i));
+        ++live_;
+    }
 }
 
 void FbxPose::ConnectEntries() {
     FbxProperty nodes = Nodes();
     nodes.DisconnectAllSrcObject();
-    for (const FbxPoseInfo& entry : entries_)
-        if (entry.node) nodes.ConnectSrcObject(entry.node);
+    index_.clear();
+    live_ = 0;
+    for (size_t i = 0; i < entries_.size(); ++i) {
+        FbxNode* node = entries_[i].node;
+        if (node && index_.emplace(node, static_cast<int>(i)).second && nodes.ConnectSrcObject(node))
+            ++live_;
+        else
+            entries_[i].node = nullptr;
+    }
 }
 
 FbxNode* FbxPose::GetNode(int index) const {
     if (index < 0 || index >= GetCount()) return nullptr;
-    FbxNode* node = entries_[static_cast<size_t>(index)].node;
-    return IsLive(node) ? node : nullptr;
+    Sync();
+    return entries_[static_cast<size_t>(index)].node;
 }
 
 const FbxMatrix& FbxPose::GetMatrix(int index) const {
@@ -45,10 +70,10 @@ bool FbxPose::IsLocalMatrix(int index) const {
 }
 
 int FbxPose::Find(const FbxNode* node) const {
-    if (!IsLive(node)) return -1;
-    for (size_t i = 0; i < entries_.size(); ++i)
-        if (entries_[i].node == node) return static_cast<int>(i);
-    return -1;
+    if (!node) return -1;
+    Sync();
+    auto it = index_.find(node);
+    return it == index_.end() ? -1 : it->second;
 }
 
 int FbxPose::Add(FbxNode* node, const FbxMatrix& matrix, bool local, bool multipleBindPose) {
@@ -69,24 +94,24 @@ int FbxPose::Add(FbxNode* node, const FbxMatrix& matrix, bool local, bool multip
     }
     int existing = Find(node);
     if (existing >= 0) return existing;
+    if (!Nodes().ConnectSrcObject(node)) return -1;
     entries_.push_back(FbxPoseInfo{matrix, local, node});
-    Nodes().ConnectSrcObject(node);
+    index_.emplace(node, GetCount() - 1);
+    ++live_;
     return GetCount() - 1;
 }
 
 void FbxPose::Remove(int index) {
     if (index < 0 || index >= GetCount()) return;
+    Sync();
     entries_.erase(entries_.begin() + index);
-    for (FbxPoseInfo& entry : entries_)
-        if (!IsLive(entry.node)) entry.node = nullptr;
     ConnectEntries();
 }
 
 void FbxPose::CopyPoseValues(const FbxPose& other) {
+    other.Sync();
     poseType_ = other.poseType_;
     entries_ = other.entries_;
-    for (FbxPoseInfo& entry : entries_)
-        if (!other.IsLive(entry.node)) entry.node = nullptr;
     ConnectEntries();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <unordered_map>
 #include <vector>
 
 #include "fbx/model/fbx_matrix.h"
@@ -16,7 +17,9 @@ struct FbxPoseInfo {
 
 // A bind pose or rest pose: a matrix per node. Each entry's node is also a
 // source of the pose's "Nodes" property, in entry order; an entry whose node
-// has left that property (a destroyed node) reads as having no node.
+// has left that property (a destroyed node) reads as having no node. Finding
+// a node's entry costs a hash lookup, so that large poses read in linear
+// time.
 class FbxPose : public FbxObject {
     KIVA_FBX_OBJECT_DECLARE(FbxPose, FbxObject)
 
@@ -50,13 +53,19 @@ protected:
 
 private:
     FbxProperty Nodes() const { return GetPropertyById(sNodes); }
-    bool IsLive(const FbxNode* node) const;
-    // Makes "Nodes" hold the entries' nodes in entry order.
+    // Forgets the nodes that have left "Nodes" since the last look. Node
+    // pointers are only compared, never followed, so that a destroyed node
+    // is harmless.
+    void Sync() const;
+    // Makes "Nodes" hold the entries' nodes in entry order, and the index.
     void ConnectEntries();
     void CopyPoseValues(const FbxPose& other);
 
     static int sNodes;
 
     char poseType_ = 'r';
-    std::vector<FbxPoseInfo> entries_;
+    mutable std::vector<FbxPoseInfo> entries_;
+    // Each live entry's node to its index; `live_` of them.
+    mutable std::unordered_map<const FbxNode*, int> index_;
+    mutable int live_ = 0;
 };
