@@ -177,25 +177,51 @@ def scene_flat_cube(outdir):
 
 # A smooth UV sphere: shared normals at every vertex, and a UV seam where the
 # texture wraps, so that one control point has corners with different UVs.
+# Built from explicit lists: Blender's own sphere comes out with its polygons
+# in a different order on each run.
 def scene_uv_sphere(outdir):
     reset_scene("SphereScene")
-    bpy.ops.mesh.primitive_uv_sphere_add(segments=12, ring_count=6, radius=1.0)
-    obj = bpy.context.active_object
-    obj.name = "Sphere"
-    obj.data.name = "SphereMesh"
-    for p in obj.data.polygons:
+    segments, rings = 12, 6
+    verts = [(0.0, 0.0, 1.0)]
+    for r in range(1, rings):
+        theta = math.pi * r / rings
+        for s in range(segments):
+            phi = 2.0 * math.pi * s / segments
+            verts.append((math.sin(theta) * math.cos(phi), math.sin(theta) * math.sin(phi), math.cos(theta)))
+    verts.append((0.0, 0.0, -1.0))
+    south = len(verts) - 1
+
+    def ring(r, s):
+        return 1 + (r - 1) * segments + s % segments
+
+    faces, uvs = [], []
+    for s in range(segments):
+        faces.append((0, ring(1, s), ring(1, s + 1)))
+        uvs.append([((s + 0.5) / segments, 1.0), (s / segments, 1.0 - 1.0 / rings),
+                    ((s + 1.0) / segments, 1.0 - 1.0 / rings)])
+    for r in range(1, rings - 1):
+        for s in range(segments):
+            faces.append((ring(r, s), ring(r + 1, s), ring(r + 1, s + 1), ring(r, s + 1)))
+            top, bottom = 1.0 - r / rings, 1.0 - (r + 1.0) / rings
+            uvs.append([(s / segments, top), (s / segments, bottom), ((s + 1.0) / segments, bottom),
+                        ((s + 1.0) / segments, top)])
+    for s in range(segments):
+        faces.append((ring(rings - 1, s), south, ring(rings - 1, s + 1)))
+        uvs.append([(s / segments, 1.0 / rings), ((s + 0.5) / segments, 0.0), ((s + 1.0) / segments, 1.0 / rings)])
+    mesh = make_mesh("SphereMesh", verts, faces, uvs=lambda p, k: uvs[p][k])
+    for p in mesh.polygons:
         p.use_smooth = True
-    me = obj.data
-    uv = me.uv_layers[0].data
-    # Control points whose corners carry more than one UV: the seam.
+    obj = link(bpy.data.objects.new("Sphere", mesh))
+    uv = mesh.uv_layers[0].data
+    # Control points whose corners carry more than one UV: the seam and the poles.
     uvs_of = {}
-    for loop in me.loops:
+    for loop in mesh.loops:
         uvs_of.setdefault(loop.vertex_index, set()).add(tuple(round(c, 6) for c in uv[loop.index].uv))
     seam = sorted(v for v, s in uvs_of.items() if len(s) > 1)
-    check(len(seam) > 0, "the sphere has a UV seam")
+    check(len(seam) == rings + 1, "the sphere has a UV seam")
     export(os.path.join(outdir, "uv_sphere.fbx"), {'MESH'})
     facts = Facts(os.path.join(outdir, "uv_sphere.facts"))
-    mesh_facts(facts, obj, [(0, 0), (0, 1), (7, 2), (20, 3), (40, 0)])
+    mesh_facts(facts, obj, [(0, 0), (0, 1), (13, 2), (30, 3), (62, 1)])
     facts.add("seamControlPoints", *seam)
     facts.write()
 
