@@ -82,6 +82,9 @@ TEST_F(DeformerTest, SkinsClampBlendWeightsAndClustersKeepTheirs) {
     EXPECT_EQ(cloned->GetCluster(0)->GetLink(), second);
     EXPECT_EQ(cloned->GetCluster(0)->GetControlPointIndicesCount(), 3);
     EXPECT_EQ(cloned->GetControlPointBlendWeights()[0], 1.0);
+    auto* clone = static_cast<FbxMesh*>(mesh->Clone());
+    ASSERT_EQ(clone->GetDeformerCount(), 1);
+    EXPECT_EQ(static_cast<FbxSkin*>(clone->GetDeformer(0))->GetCluster(0)->GetLink(), second);
 
     cluster->Reset();
     EXPECT_EQ(cluster->GetLink(), nullptr);
