@@ -12,19 +12,19 @@ class FbxCluster;
 class FbxDocument;
 class FbxFieldStream;
 class FbxFileTexture;
-class FbxLayeredTexture;
-class FbxMesh;
-class FbxPose;
-class FbxSkin;
-class FbxVideo;
 class FbxIOSettings;
+class FbxLayeredTexture;
 class FbxManager;
+class FbxMesh;
 class FbxNode;
 class FbxObject;
+class FbxPose;
 class FbxProgress;
 class FbxReaderFbx7;
 class FbxScene;
+class FbxSkin;
 class FbxStatus;
+class FbxVideo;
 
 // The document passes of the FBX 7 reader: one instance per Read. It reads
 // every object of the file first, keeping a map from the file's 64-bit ids
