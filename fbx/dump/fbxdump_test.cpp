@@ -132,6 +132,31 @@ TEST_F(FbxDump, ShowsHeaderNodeTreeAndObjectsOfAScene) {
     EXPECT_TRUE(contains(json.out, "\"attributes\": [\"FbxMesh\"]"));
 }
 
+TEST_F(FbxDump, ShowsMeshLayersSkinClustersMaterialTexturesAndEmbeddedSizes) {
+    std::string dir = std::string(KIVA_SOURCE_DIR) + "/testdata/fbx/geometry/";
+    DumpRun skinned = dump({dir + "skinned.fbx"});
+    ASSERT_EQ(skinned.code, 0) << skinned.err;
+    EXPECT_TRUE(
+        contains(skinned.out, "    mesh:\n      controlPoints: 26\n      polygons: 12\n      polygonVertices: 48\n"));
+    EXPECT_TRUE(contains(skinned.out,
+                         "        - - kind: \"LayerElementNormal\"\n            name: \"\"\n"
+                         "            mapping: \"ByPolygonVertex\"\n            reference: \"Direct\"\n"
+                         "            direct: 48\n            index: 0\n"))
+        << skinned.out;
+    EXPECT_TRUE(contains(skinned.out,
+                         "      - name: \"Bone1\"\n        link: \"Bone1\"\n        indices: 13\n"
+                         "        weightSum: 4.6285"));
+    EXPECT_TRUE(contains(skinned.out, "    pose:\n      type: \"bind\"\n"));
+
+    DumpRun embedded = dump({"--json", dir + "embedded_texture.fbx"});
+    ASSERT_EQ(embedded.code, 0) << embedded.err;
+    EXPECT_TRUE(wellFormedJson(embedded.out));
+    EXPECT_TRUE(contains(embedded.out, "\"NormalMap\": \"embedded_texture.fbm/tex_normal.png\""));
+    EXPECT_TRUE(contains(embedded.out, "\"shadingModel\": \"Phong\""));
+    EXPECT_TRUE(contains(embedded.out, "\"embeddedSize\": 73"));
+    EXPECT_TRUE(contains(embedded.out, "\"unlayeredElements\": 0"));
+}
+
 TEST_F(FbxDump, FieldsShowTheRawTreeWithArraysSummarised) {
     DumpRun text = dump({"--fields", blender("textured_cube")});
     ASSERT_EQ(text.code, 0) << text.err;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fbx/dump/dump_writer.h"
+#include "fbx/dump/geometry_dump.h"
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_reader_fbx7.h"
 #include "fbx/model/fbx_node.h"
@@ -115,6 +116,7 @@ DumpValue dumpObject(const FbxObject& object) {
     collectProperties(object, properties, connections);
     value.add("propertyConnections", std::move(connections));
     value.add("properties", std::move(properties));
+    addGeometryDetails(object, value);
     return value;
 }
 

@@ -23,5 +23,7 @@ void dumpNodeTree(const FbxScene& scene, DumpWriter& writer);
 // members grouped by class name (in member order within a class):
 // "class", "name", "sources" and "destinations" (objects, as "Class
 // Name"), "propertyConnections" and "properties" (those whose values
-// differ from the class default, by hierarchical name).
+// differ from the class default, by hierarchical name), and for geometry,
+// deformers, poses, materials, textures and videos what addGeometryDetails
+// gives.
 void dumpObjects(const FbxDocument& document, DumpWriter& writer);

@@ -9,16 +9,23 @@
 #include "fbx/model/fbx_class_id.h"
 #include "fbx/model/fbx_string.h"
 
+class FbxCluster;
 class FbxDocument;
 class FbxFieldStream;
+class FbxFileTexture;
 class FbxIOSettings;
+class FbxLayeredTexture;
 class FbxManager;
+class FbxMesh;
 class FbxNode;
 class FbxObject;
+class FbxPose;
 class FbxProgress;
 class FbxReaderFbx7;
 class FbxScene;
+class FbxSkin;
 class FbxStatus;
+class FbxVideo;
 
 // The document passes of the FBX 7 reader: one instance per Read. It reads
 // every object of the file first, keeping a map from the file's 64-bit ids
@@ -103,6 +110,30 @@ private:
     void AddToMapsAndConnect(int64_t id, FbxObject* object, FbxDocument* document);
     bool Option(const char* path, bool defaultValue) const;
 
+    // --- Geometry records (fbx7_geometry_records.cpp) ---
+    FbxObject* ReadGeometry(const char* subclass, const char* name, FbxObject* referenced);
+    void ReadMesh(FbxMesh& mesh);
+
+    // --- Deformer and pose records (fbx7_deformer_records.cpp) ---
+    FbxObject* ReadDeformer(const char* subclass, const char* name, FbxObject* referenced);
+    void ReadSkin(FbxSkin& skin);
+    void ReadCluster(FbxCluster& cluster);
+    void ReadPose(FbxPose& pose);
+
+    // --- Material, texture and media records (fbx7_material_records.cpp) ---
+    void ReadMaterialFields(FbxObject& material, int version);
+    void ReadTexture(FbxFileTexture& texture);
+    void ReadVideo(FbxVideo& video, bool isReference);
+    void ReadLayeredTexture(FbxLayeredTexture& texture);
+    // The file's own copy of a name that may not exist where the writing
+    // tool stored it: the relative name made absolute against the file's
+    // folder, when a file is there. Empty otherwise.
+    FbxString LocalFileFor(const FbxString& fileName, const FbxString& relativeName) const;
+    // Writes the current "Content" field into the media folder under the
+    // base name of `fileName`; the path written (or written before for that
+    // name), empty on failure.
+    FbxString ExtractContent(const FbxString& fileName);
+
     // --- Connections (fbx7_connections.cpp) ---
     void ReadConnections();
     FbxObject* ResolveId(int64_t id) const;
@@ -126,7 +157,9 @@ private:
     std::vector<FbxNode*> nodes_;
     Fbx7ParentLinks parentLinks_;
     bool cycleRefused_ = false;  // a connection that would close a cycle was dropped
-    bool inBlock_ = false;       // the record being read has a block
+    // Media file names already extracted by this read, to their paths.
+    std::map<FbxString, FbxString> extracted_;
+    bool inBlock_ = false;  // the record being read has a block
     bool progressOff_ = true;
     bool cancelled_ = false;
 };

@@ -16,6 +16,7 @@
 #include "fbx/model/fbx_further_classes.h"
 #include "fbx/model/fbx_geometry.h"
 #include "fbx/model/fbx_global_settings.h"
+#include "fbx/model/fbx_layered_texture.h"
 #include "fbx/model/fbx_light.h"
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_node.h"
@@ -152,22 +153,32 @@ void Fbx7DocumentReader::ReadObject(const FbxString& word, int64_t id, const Fbx
     } else if (word == "Material") {
         if (FindObject(id)) return;
         object = ReadMaterial(sub, n, referenced);
+    } else if (word == "Geometry") {
+        object = ReadGeometry(sub, n, referenced);
+    } else if (word == "Deformer") {
+        object = ReadDeformer(sub, n, referenced);
     } else if (word == "Texture") {
         object = MakeObject(FbxFileTexture::ClassId, n, referenced);
-        ReadVersionAndProperties(object);
+        if (auto* texture = FbxCast<FbxFileTexture>(object); texture && inBlock_) ReadTexture(*texture);
+    } else if (word == "LayeredTexture") {
+        object = MakeObject(FbxLayeredTexture::ClassId, n, referenced);
+        if (auto* texture = FbxCast<FbxLayeredTexture>(object); texture && inBlock_) ReadLayeredTexture(*texture);
     } else if (word == "Thumbnail") {
         object = MakeObject(FbxThumbnail::ClassId, n, referenced);
         ReadVersionAndProperties(object);
     } else if (word == "Video") {
         object = MakeObject(FbxVideo::ClassId, n, referenced);
-        ReadVersionAndProperties(object);
+        if (auto* video = FbxCast<FbxVideo>(object); video && inBlock_) ReadVideo(*video, referenced != nullptr);
     } else if (word == "Container") {
         if (!scene_) return;
         object = ReadGeneric(word.c_str(), sub, n, referenced);
     } else if (word == "Pose") {
         if (!scene_ || !isOneOf(subclass, {"BindPose", "RestPose"})) return;
         object = MakeObject(FbxPose::ClassId, n, referenced);
-        ReadVersionAndProperties(object);
+        if (auto* pose = FbxCast<FbxPose>(object)) {
+            pose->SetIsBindPose(subclass == "BindPose");
+            if (inBlock_) ReadPose(*pose);
+        }
     } else if (word == "Constraint") {
         // Characters need the character set-up, which this system lacks.
         if (!scene_ || subclass == "Character") return;
@@ -311,6 +322,7 @@ FbxObject* Fbx7DocumentReader::ReadNodeAttribute(const char* subclass, const cha
 }
 
 FbxObject* Fbx7DocumentReader::ReadMaterial(const char* subclass, const char* name, FbxObject* referenced) {
+    int version = inBlock_ ? stream_->NextInt("Version", 100) : 100;
     FbxString shading = subclass;
     if (shading.empty()) shading = inBlock_ ? stream_->NextString("ShadingModel", "Phong") : "Phong";
     FbxObject* object = nullptr;
@@ -329,6 +341,6 @@ FbxObject* Fbx7DocumentReader::ReadMaterial(const char* subclass, const char* na
             if (model.IsValid()) model.Set(shading.c_str());
         }
     }
-    ReadVersionAndProperties(object);
+    if (object && inBlock_) ReadMaterialFields(*object, version);
     return object;
 }

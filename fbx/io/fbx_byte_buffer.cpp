@@ -43,3 +43,9 @@ void FbxByteBuffer::Release() {
     size_ = 0;
     capacity_ = 0;
 }
+
+uint8_t* FbxByteBuffer::Detach(size_t& capacity) {
+    capacity = std::exchange(capacity_, 0);
+    size_ = 0;
+    return std::exchange(data_, nullptr);
+}

@@ -19,6 +19,9 @@ public:
     bool Reserve(size_t capacity, size_t keep = 0);
     void Clear() { size_ = 0; }
     void Release();
+    // Gives up the block (from std::malloc, to be freed with std::free) and
+    // its capacity to the caller; the buffer is empty afterwards.
+    uint8_t* Detach(size_t& capacity);
 
     uint8_t* Data() { return data_; }
     const uint8_t* Data() const { return data_; }

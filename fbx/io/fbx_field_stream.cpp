@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -899,6 +900,51 @@ bool FbxFieldStream::NextArrayCheck(int& count) {
     if (!value || !FbxCheckArray(value, available, elementSize, swap_, elements) || elements > INT32_MAX) return false;
     count = static_cast<int>(elements);
     return true;
+}
+
+int FbxFieldStream::NextArrayInto(FbxByteBuffer& out, char code) {
+    out.Clear();
+    FbxFieldInstance* instance = CurrentInstance();
+    size_t elementSize;
+    FbxTextElement textType;  // how a text file's values are converted
+    switch (code) {
+    case 'b':
+        elementSize = 1;
+        textType = FbxTextElement::eBool;
+        break;
+    case 'c':
+        elementSize = 1;
+        textType = FbxTextElement::eInt8;
+        break;
+    case 'i':
+        elementSize = 4;
+        textType = FbxTextElement::eInt32;
+        break;
+    case 'f':
+        elementSize = 4;
+        textType = FbxTextElement::eFloat;
+        break;
+    case 'd':
+        elementSize = 8;
+        textType = FbxTextElement::eDouble;
+        break;
+    case 'l':
+        elementSize = 8;
+        textType = FbxTextElement::eInt64;
+        break;
+    default:
+        return 0;
+    }
+    if (!instance) return 0;
+    // The decode goes to the instance's scratch result; lending `out` as
+    // that result for the read puts the values straight into it.
+    FbxByteBuffer& scratch = instance->Scratch();
+    std::swap(scratch, out);
+    int count = 0;
+    NextArray(code, textType, elementSize, count);
+    std::swap(scratch, out);
+    if (count == 0) out.Clear();
+    return count;
 }
 
 // --- Reads of a whole field -------------------------------------------------

@@ -169,6 +169,11 @@ public:
     const double* NextDoubleArray(int& count, char code = 'd');
     const int64_t* NextLongArray(int& count, char code = 'l');
     const uint64_t* NextULongArray(int& count, char code = 'l');
+    // Decodes the next array, of code 'b', 'c', 'i', 'f', 'd' or 'l', into
+    // `out` instead of the scratch result, so that the caller can keep the
+    // block (FbxByteBuffer::Detach) without copying it. The element count; 0
+    // (and `out` empty) as for the reads above.
+    int NextArrayInto(FbxByteBuffer& out, char code);
 
     // Takes the next value and tells, without keeping the elements, whether
     // it is an array that decodes; `count` receives its element count (0 for

@@ -2,6 +2,7 @@
 
 #include "fbx/model/fbx_global_settings.h"
 #include "fbx/model/fbx_node.h"
+#include "fbx/model/fbx_pose.h"
 
 KIVA_FBX_OBJECT_IMPLEMENT(FbxScene)
 
@@ -24,6 +25,10 @@ FbxNode* FbxScene::GetRootNode() const {
 }
 
 FbxGlobalSettings* FbxScene::GetGlobalSettings() const { return GetSrcObject<FbxGlobalSettings>(0); }
+
+int FbxScene::GetPoseCount() const { return GetSrcObjectCount<FbxPose>(); }
+
+FbxPose* FbxScene::GetPose(int index) const { return GetSrcObject<FbxPose>(index); }
 
 void FbxScene::Clear() {
     rootNode_ = GetRootNode();

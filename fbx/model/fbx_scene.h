@@ -4,6 +4,7 @@
 
 class FbxGlobalSettings;
 class FbxNode;
+class FbxPose;
 
 // The document of one scene: every node, geometry, material and animation
 // of a file is a source of it. A scene is made with its root node
@@ -18,6 +19,9 @@ public:
     FbxNode* GetRootNode() const;
     // The first source of class FbxGlobalSettings.
     FbxGlobalSettings* GetGlobalSettings() const;
+    // The scene's poses: its sources of class FbxPose. Null for a bad index.
+    int GetPoseCount() const;
+    FbxPose* GetPose(int index) const;
 
     // Destroys every source but the root node and makes new settings. The
     // root node is detached meanwhile and connected again.
