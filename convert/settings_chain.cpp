@@ -1,8 +1,8 @@
 #include "convert/settings_chain.h"
 
-#include "qe/print_escaped.h"
 #include "convert/error_reporter.h"
 #include "convert/parse_integer.h"
+#include "qe/print_escaped.h"
 
 namespace {
 

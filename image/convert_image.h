@@ -1,9 +1,9 @@
 #pragma once
 
+#include "convert/texture_mode.h"
 #include "qe/counted.h"
 #include "tarn/kiva_builder.h"
 #include "tarn/texture.h"
-#include "convert/texture_mode.h"
 
 class DependencySet;
 class ErrorReporter;
