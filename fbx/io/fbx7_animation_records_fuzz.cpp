@@ -74,7 +74,12 @@ void curveRecord(FbxBinaryBuilder& b, Choices& c, int64_t id) {
     int keys = c.Below(40);
     std::vector<int64_t> times;
     int64_t t = c.Time();
-    for (int i = 0; i < keys; ++i) times.push_back(t += c.Below(16) == 0 ? c.Time() : c.Below(9) * 1000000);
+    for (int i = 0; i < keys; ++i) {
+        // Wrapping addition: the times may be anything, the harness itself must not overflow.
+        int64_t step = c.Below(16) == 0 ? c.Time() : c.Below(9) * 1000000;
+        t = static_cast<int64_t>(static_cast<uint64_t>(t) + static_cast<uint64_t>(step));
+        times.push_back(t);
+    }
     if (c.Below(8) != 0) b.Begin("KeyTime").LongArray(times).End();
     int valueCount = keys + c.Below(5) - 2;
     std::vector<float> values(valueCount > 0 ? valueCount : 0);
