@@ -17,13 +17,20 @@
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_io_settings.h"
 #include "fbx/io/fbx_path_utils.h"
+#include "fbx/model/fbx_axis_system.h"
+#include "fbx/model/fbx_geometry_converter.h"
 #include "fbx/model/fbx_manager.h"
+#include "fbx/model/fbx_mesh.h"
+#include "fbx/model/fbx_node.h"
+#include "fbx/model/fbx_node_selection.h"
 #include "fbx/model/fbx_scene.h"
+#include "fbx/model/fbx_system_unit.h"
 
 namespace {
 
 const char kUsage[] =
-    "usage: fbxdump [--fields] [--json] [--time SECONDS[,SECONDS...]]... [--write-text OUT.fbx] FILE.fbx\n";
+    "usage: fbxdump [--fields] [--json] [--convert] [--triangulate] [--time SECONDS[,SECONDS...]]... [--write-text "
+    "OUT.fbx] FILE.fbx\n";
 
 // Destroys the manager, and with it every object, on every way out.
 struct ManagerScope {
@@ -99,10 +106,41 @@ bool parseTimes(const std::string& text, std::vector<double>& times) {
     }
 }
 
+// Brings the scene to up +Z, front -Y, coord +X in metres, as the
+// converter does before it reads a scene.
+void convertScene(FbxScene& scene) {
+    FbxAxisSystem(FbxAxisSystem::eZAxis, -FbxAxisSystem::eParityOdd, FbxAxisSystem::eRightHanded).ConvertScene(&scene);
+    FbxSystemUnit::ConversionOptions options;
+    options.convertNestedScaling = false;
+    options.convertLimits = true;
+    options.convertClusters = true;
+    options.convertLightIntensity = true;
+    options.convertPhotometricProperties = true;
+    options.convertCameraClipPlanes = true;
+    FbxSystemUnit(100.0, 1.0).ConvertScene(&scene, options);
+}
+
+// Triangulates the mesh of every node of the tree, and lists each node that
+// has a mesh with the triangle count it ends with.
+DumpValue triangulateMeshes(FbxScene& scene) {
+    FbxGeometryConverter converter(scene.GetFbxManager());
+    DumpValue list = DumpValue::array();
+    for (FbxNode* node : SelectNodesBelow(scene.GetRootNode())) {
+        if (!FbxCast<FbxMesh>(node->GetNodeAttribute())) continue;
+        const bool done = converter.TriangulateInPlace(node);
+        DumpValue entry = DumpValue::object();
+        entry.add("node", node->GetName());
+        const FbxMesh* mesh = FbxCast<FbxMesh>(node->GetNodeAttribute());
+        entry.add("triangles", done && mesh ? mesh->GetPolygonCount() : 0);
+        list.push(std::move(entry));
+    }
+    return list;
+}
+
 }  // namespace
 
 int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
-    bool fields = false, json = false;
+    bool fields = false, json = false, convert = false, triangulate = false;
     std::string path, textTarget;
     std::vector<double> times;
     for (size_t i = 0; i < args.size(); ++i) {
@@ -122,6 +160,10 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
             fields = true;
         } else if (arg == "--json") {
             json = true;
+        } else if (arg == "--convert") {
+            convert = true;
+        } else if (arg == "--triangulate") {
+            triangulate = true;
         } else if (arg == "--help" || arg == "-h") {
             out << kUsage;
             return 0;
@@ -141,6 +183,10 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
     }
     if (fields && !times.empty()) {
         err << "fbxdump: --time shows the scene, not the fields\n" << kUsage;
+        return 1;
+    }
+    if ((fields || !textTarget.empty()) && (convert || triangulate)) {
+        err << "fbxdump: --convert and --triangulate change the scene, not the fields\n" << kUsage;
         return 1;
     }
 
@@ -183,8 +229,13 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
 
     FbxScene* scene = FbxScene::Create(manager, "myScene");
     bool ok = importer->Import(scene);
+    if (convert) convertScene(*scene);
     writer.beginObject();
     writeMembers(dumpHeader(*importer), writer);
+    if (triangulate) {
+        writer.key("triangulation");
+        writer.write(triangulateMeshes(*scene));
+    }
     writer.key("nodes");
     dumpNodeTree(*scene, writer);
     writer.key("objects");

@@ -342,6 +342,7 @@ TEST_F(FbxDump, UsageErrorsAndTheProgram) {
                                           {"--time", "1,x", blender("textured_cube")},
                                           {"--time", "", blender("textured_cube")},
                                           {"--fields", "--time", "1", blender("textured_cube")},
+                                          {"--fields", "--convert", blender("textured_cube")},
                                           {"--write-text"}}) {
         DumpRun run = dump(args);
         EXPECT_EQ(run.code, 1);
@@ -357,6 +358,15 @@ TEST_F(FbxDump, UsageErrorsAndTheProgram) {
     status = std::system((program + " " + dir.file("none.fbx") + " 2> /dev/null").c_str());
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 1);
+}
+
+TEST_F(FbxDump, TriangulateListsEachMeshNodeWithItsTriangleCountAfterTheConversion) {
+    // Polygons of 3, 4, 5 and 6 corners in a Y-up file.
+    DumpRun run =
+        dump({"--convert", "--triangulate", std::string(KIVA_SOURCE_DIR) + "/testdata/fbx/geometry/ngons.fbx"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_TRUE(contains(run.out, "triangulation:\n  - node: \"Ngons\"\n    triangles: 10\n")) << run.out;
+    EXPECT_TRUE(contains(run.out, "polygons: 10\n")) << run.out;
 }
 
 TEST(DumpWriter, NumbersStringsAndEmptyContainersAreWrittenExactlyAndSafely) {

@@ -1,5 +1,7 @@
 #include "fbx/model/fbx_pose.h"
 
+#include <utility>
+
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_scene.h"
@@ -105,6 +107,11 @@ void FbxPose::Remove(int index) {
     if (index < 0 || index >= GetCount()) return;
     Sync();
     entries_.erase(entries_.begin() + index);
+    ConnectEntries();
+}
+
+void FbxPose::ReplaceEntries(std::vector<FbxPoseInfo> entries) {
+    entries_ = std::move(entries);
     ConnectEntries();
 }
 

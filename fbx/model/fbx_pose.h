@@ -44,6 +44,10 @@ public:
     // Deletes the entry and rebuilds "Nodes" from the remaining entries. A
     // bad index does nothing.
     void Remove(int index);
+    // Replaces every entry at once, with one rebuild of "Nodes": what a run
+    // of Remove and Add calls gives, at the cost of one of them. An entry
+    // without a node, or whose node an earlier entry has, keeps no node.
+    void ReplaceEntries(std::vector<FbxPoseInfo> entries);
 
     bool CopyFrom(const FbxObject& other) override;
 
