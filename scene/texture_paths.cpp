@@ -8,16 +8,13 @@ bool isSeparator(char c) { return c == '/' || c == '\\'; }
 
 bool beginsWithShare(std::string_view path) { return path.starts_with("\\\\") || path.starts_with("//"); }
 
-bool isAbsolute(std::string_view path) {
-    return path.find(':') != std::string_view::npos || (!path.empty() && isSeparator(path.front()));
-}
-
 }  // namespace
 
 std::string bindPath(std::string_view folder, std::string_view name) {
-    if (isAbsolute(name)) return std::string(name);
+    if (name.find(':') != std::string_view::npos || beginsWithShare(name)) return std::string(name);
+    if (folder.empty()) return std::string(name);
     std::string path(folder);
-    if (path.empty() || !isSeparator(path.back())) path += '/';
+    if (!isSeparator(path.back())) path += '/';
     path += name;
     return path;
 }

@@ -11,8 +11,10 @@
 // root: of the file system here, of the current drive on Windows).
 
 // The texture name joined to the folder of its scene: `name` itself when it
-// is absolute, else `folder`, a '/' unless the folder already ends in a
-// separator, and `name`.
+// names a drive (holds a ':') or a share, else `folder`, a '/' unless the
+// folder already ends in a separator, and `name`. A name that begins with a
+// single separator is joined like any other. An empty folder (the current
+// directory) leaves `name` as it is.
 std::string bindPath(std::string_view folder, std::string_view name);
 
 // The path with "." components and empty ones dropped and each ".."
