@@ -32,15 +32,19 @@ uint64_t hashVertexBytes(const void* bytes, size_t size) {
     const auto* p = static_cast<const unsigned char*>(bytes);
     uint64_t h = processSalt() ^ size;
     size_t i = 0;
+    // One multiply per word, folding the high half back down; the final mix
+    // spreads every input bit over the low bits that pick a slot.
     for (; i + 8 <= size; i += 8) {
         uint64_t word;
         std::memcpy(&word, p + i, 8);
-        h = mix(h ^ word) + kGolden;
+        h = (h ^ word) * kGolden;
+        h ^= h >> 32;
     }
     if (i < size) {
         uint64_t word = 0;
         std::memcpy(&word, p + i, size - i);
-        h = mix(h ^ word) + kGolden;
+        h = (h ^ word) * kGolden;
+        h ^= h >> 32;
     }
     return mix(h);
 }

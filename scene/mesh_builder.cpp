@@ -22,27 +22,28 @@ std::array<float, 3> tangentSpaceValue(const Element* element, int polygonVertex
 }
 
 // The attributes beyond position and normal, by format.
-void fillCorner(VertexP3N3C4T4& v, const PolygonSource& source, int32_t polygon, int32_t corner, int, int) {
-    v.texCoord0 = readPolygonUv(*source.mesh, polygon, corner, source.uvSetNames, 0);
-    v.texCoord1 = readPolygonUv(*source.mesh, polygon, corner, source.uvSetNames, 1);
+void fillCorner(VertexP3N3C4T4& v, const PolygonSource& source, const UvSets& uvs, int32_t polygon, int32_t corner, int,
+                int) {
+    v.texCoord0 = uvs.read(*source.mesh, 0, polygon, corner);
+    v.texCoord1 = uvs.read(*source.mesh, 1, polygon, corner);
 }
 
-void fillCorner(VertexP3W4B4N3T2& v, const PolygonSource& source, int32_t polygon, int32_t corner, int,
-                int controlPoint) {
+void fillCorner(VertexP3W4B4N3T2& v, const PolygonSource& source, const UvSets& uvs, int32_t polygon, int32_t corner,
+                int, int controlPoint) {
     if (static_cast<size_t>(controlPoint) < source.skinInfluences.size()) {
         const SkinInfluences& influences = source.skinInfluences[static_cast<size_t>(controlPoint)];
         v.weights = influences.weights;
         v.bones = influences.bones;
     }
-    v.texCoord = readPolygonUv(*source.mesh, polygon, corner, source.uvSetNames, 0);
+    v.texCoord = uvs.read(*source.mesh, 0, polygon, corner);
 }
 
-void fillCorner(VertexP3N3G3B3T4& v, const PolygonSource& source, int32_t polygon, int32_t corner, int polygonVertex,
-                int) {
+void fillCorner(VertexP3N3G3B3T4& v, const PolygonSource& source, const UvSets& uvs, int32_t polygon, int32_t corner,
+                int polygonVertex, int) {
     v.tangent = tangentSpaceValue(source.tangents, polygonVertex);
     v.binormal = tangentSpaceValue(source.binormals, polygonVertex);
-    v.texCoord0 = readPolygonUv(*source.mesh, polygon, corner, source.uvSetNames, 0);
-    v.texCoord1 = readPolygonUv(*source.mesh, polygon, corner, source.uvSetNames, 1);
+    v.texCoord0 = uvs.read(*source.mesh, 0, polygon, corner);
+    v.texCoord1 = uvs.read(*source.mesh, 1, polygon, corner);
 }
 
 }  // namespace
@@ -60,10 +61,28 @@ PolygonSource polygonSourceOf(const FbxMesh& mesh) {
 std::array<float, 2> readPolygonUv(const FbxMesh& mesh, int32_t polygonIndex, int32_t vertexInPolygon,
                                    std::span<const FbxString> uvSetNames, size_t setNumber) {
     if (setNumber >= uvSetNames.size()) return {0.0f, 0.0f};
+    return readElementUv(mesh, mesh.GetUVElement(uvSetNames[setNumber].c_str()), polygonIndex, vertexInPolygon);
+}
+
+std::array<float, 2> readElementUv(const FbxMesh& mesh, const FbxLayerElementUV* element, int32_t polygonIndex,
+                                   int32_t vertexInPolygon) {
+    // The same reading as FbxMesh::GetPolygonVertexUV, without finding the
+    // element by its name again for every corner.
     FbxVector2 uv(0.0, 0.0);
-    bool unmapped = false;
-    mesh.GetPolygonVertexUV(polygonIndex, vertexInPolygon, uvSetNames[setNumber].c_str(), uv, unmapped);
+    int index = -1;
+    if (element && mesh.ResolveElementIndex(*element, polygonIndex, vertexInPolygon, index) && index >= 0 &&
+        index < element->GetDirectArray().GetCount())
+        uv = element->GetDirectArray().GetArray()[index];
     return {static_cast<float>(uv[0]), static_cast<float>(1.0 - uv[1])};
+}
+
+void UvSets::update(const PolygonSource& source) {
+    if (source.mesh == mesh_ && source.uvSetNames.data() == names_ && source.uvSetNames.size() == count_) return;
+    mesh_ = source.mesh;
+    names_ = source.uvSetNames.data();
+    count_ = source.uvSetNames.size();
+    for (size_t set = 0; set < elements_.size(); ++set)
+        elements_[set] = set < count_ ? mesh_->GetUVElement(names_[set].c_str()) : nullptr;
 }
 
 template <class Vertex>
@@ -75,6 +94,7 @@ void MeshBuilderImpl<Vertex>::addPolygon(const PolygonSource& source, int32_t po
     const int start = mesh.GetPolygonVertexIndex(polygonIndex);
     if (start < 0 || int64_t{start} + size > source.polygonVertexCount) return;
 
+    uvSets_.update(source);
     corners_.resize(static_cast<size_t>(size));
     for (int k = 0; k < size; ++k) {
         const int controlPoint = source.polygonVertices[start + k];
@@ -86,7 +106,7 @@ void MeshBuilderImpl<Vertex>::addPolygon(const PolygonSource& source, int32_t po
         FbxVector4 normal(0.0, 0.0, 0.0);
         mesh.GetPolygonVertexNormal(polygonIndex, k, normal);
         v.normal = narrow3(normal);
-        fillCorner(v, source, polygonIndex, k, start + k, controlPoint);
+        fillCorner(v, source, uvSets_, polygonIndex, k, start + k, controlPoint);
     }
     for (size_t k = 2; k < corners_.size(); ++k) assembler_.addTriangle(corners_[0], corners_[k - 1], corners_[k]);
 }

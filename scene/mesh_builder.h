@@ -42,6 +42,35 @@ struct PolygonSource {
 // for the caller to fill.
 PolygonSource polygonSourceOf(const FbxMesh& mesh);
 
+// The UV of a polygon corner in UV set `setNumber`, with V flipped (1 - v,
+// worked out in double precision). (0, 0) when the mesh has no such set; a
+// corner of an existing set whose UV cannot be read gives (0, 1).
+std::array<float, 2> readPolygonUv(const FbxMesh& mesh, int32_t polygonIndex, int32_t vertexInPolygon,
+                                   std::span<const FbxString> uvSetNames, size_t setNumber);
+
+// The same for the UV element of a set (null when the mesh has none of that
+// name: (0, 1)).
+std::array<float, 2> readElementUv(const FbxMesh& mesh, const FbxLayerElementUV* element, int32_t polygonIndex,
+                                   int32_t vertexInPolygon);
+
+// The UV elements of the first two UV set names of a PolygonSource, found
+// once for as long as the builder is fed the same mesh and names.
+class UvSets {
+public:
+    void update(const PolygonSource& source);
+    // As readPolygonUv with set number `set` (0 or 1).
+    std::array<float, 2> read(const FbxMesh& mesh, size_t set, int32_t polygonIndex, int32_t vertexInPolygon) const {
+        if (set >= count_) return {0.0f, 0.0f};
+        return readElementUv(mesh, elements_[set], polygonIndex, vertexInPolygon);
+    }
+
+private:
+    const FbxMesh* mesh_ = nullptr;
+    const FbxString* names_ = nullptr;
+    size_t count_ = 0;
+    std::array<const FbxLayerElementUV*, 2> elements_{};
+};
+
 // Turns the polygons of one FbxMesh into meshes of one vertex format.
 // Use: setMaterial, then the polygons drawn with it, any number of times;
 // then finish once.
@@ -74,6 +103,7 @@ public:
 
 private:
     MeshAssembler<Vertex> assembler_;
+    UvSets uvSets_;
     std::vector<Vertex> corners_;  // of the polygon being added
 };
 
@@ -85,9 +115,3 @@ extern template class MeshBuilderImpl<VertexP3N3G3B3T4>;
 // formats are those that vertexFormatFor gives; any other stops the
 // program with "Incompletely implemented vertex format.".
 std::unique_ptr<GenericMeshBuilder> createMeshBuilder(tarn::VertexFormat format, tarn::MeshFactory& factory);
-
-// The UV of a polygon corner in UV set `setNumber`, with V flipped (1 - v,
-// worked out in double precision). (0, 0) when the mesh has no such set; a
-// corner of an existing set whose UV cannot be read gives (0, 1).
-std::array<float, 2> readPolygonUv(const FbxMesh& mesh, int32_t polygonIndex, int32_t vertexInPolygon,
-                                   std::span<const FbxString> uvSetNames, size_t setNumber);
