@@ -23,7 +23,7 @@ protected:
     void SetUp() override {
         dir.write("default.settings", "resource-root: /art\n");
         dir.makeDir("tex");
-        for (const char* name : {"diffuse", "normal_map", "gloss", "spec"})
+        for (const char* name : {"diffuse", "normal_map", "gloss", "specular"})
             ASSERT_TRUE(writePng(dir.file(std::string("tex/") + name + ".png"), 4, 4, 3, patternPixels(4, 4, 3)));
         manager = FbxManager::Create();
     }
@@ -70,7 +70,7 @@ TEST_F(MaterialTranslatorTest, ShadersFollowTheFileTexturesOnTheChannels) {
     FbxFileTexture* diffuse = File("diffuse.png");
     FbxFileTexture* normal = File("normal_map.png");
     FbxFileTexture* gloss = File("gloss.png");
-    FbxFileTexture* spec = File("spec.png");
+    FbxFileTexture* specular = File("specular.png");
     MaterialTranslator translator = Translator();
 
     struct Case {
@@ -89,12 +89,14 @@ TEST_F(MaterialTranslatorTest, ShadersFollowTheFileTexturesOnTheChannels) {
          true,
          "textured",
          {{"DiffuseTexture", "diffuse"}}},
-        {Material({{"DiffuseColor", diffuse}, {"NormalMap", normal}, {"SpecularColor", spec}}),
+        {Material({{"DiffuseColor", diffuse}, {"NormalMap", normal}, {"SpecularColor", specular}}),
          false,
          "textured_normal_material",
-         {{"NormalTexture", "normal_map"}, {"DiffuseTexture", "diffuse"}, {"MaterialTexture", "spec"}}},
-        {Material(
-             {{"DiffuseColor", diffuse}, {"NormalMap", normal}, {"SpecularColor", spec}, {"SpecularFactor", gloss}}),
+         {{"NormalTexture", "normal_map"}, {"DiffuseTexture", "diffuse"}, {"MaterialTexture", "specular"}}},
+        {Material({{"DiffuseColor", diffuse},
+                   {"NormalMap", normal},
+                   {"SpecularColor", specular},
+                   {"SpecularFactor", gloss}}),
          false,
          "asteroid",
          {{"NormalTexture", "normal_map"}, {"SpecularTexture", "gloss"}, {"DiffuseTexture", "diffuse"}}},
