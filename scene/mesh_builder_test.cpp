@@ -1,0 +1,297 @@
+#include "scene/mesh_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cstring>
+
+#include "fbx/model/fbx_manager.h"
+#include "fbx/model/fbx_mesh.h"
+#include "tarn/kiva_builder.h"
+#include "tarn/material_cache.h"
+
+namespace {
+
+using Floats2 = std::array<float, 2>;
+using Floats3 = std::array<float, 3>;
+using Bytes4 = std::array<uint8_t, 4>;
+using Indices = std::vector<uint16_t>;
+constexpr auto kPlain = tarn::VertexFormat::Position3Normal3Color4TexCoord4;
+
+class MeshBuilderTest : public ::testing::Test {
+protected:
+    void SetUp() override { mesh = FbxMesh::Create(manager, "mesh"); }
+    void TearDown() override { manager->Destroy(); }
+
+    // Control points on the plane z = 0, all with the normal +Z.
+    void Points(std::initializer_list<std::pair<double, double>> points) {
+        mesh->InitControlPoints(static_cast<int>(points.size()));
+        int i = 0;
+        for (const auto& [x, y] : points) mesh->SetControlPointAt(FbxVector4(x, y, 0), FbxVector4(0, 0, 1), i++);
+    }
+    void Polygon(std::initializer_list<int> corners) {
+        mesh->BeginPolygon();
+        for (int c : corners) mesh->AddPolygon(c);
+    }
+    // A UV set on a layer of its own, by polygon vertex through the index array.
+    void Uvs(const char* name, std::initializer_list<FbxVector2> values, std::initializer_list<int> indices) {
+        FbxLayerElementUV* uv = FbxLayerElementUV::Create(mesh, name);
+        uv->SetMappingMode(FbxLayerElement::eByPolygonVertex);
+        uv->SetReferenceMode(FbxLayerElement::eIndexToDirect);
+        for (const FbxVector2& v : values) uv->GetDirectArray().Add(v);
+        for (int i : indices) uv->GetIndexArray().Add(i);
+        mesh->GetLayer(mesh->CreateLayer())->SetUVs(uv);
+    }
+    PolygonSource Source() {
+        mesh->GetUVSetNames(uvSetNames);
+        PolygonSource source = polygonSourceOf(*mesh);
+        source.uvSetNames = uvSetNames;
+        source.tangents = mesh->GetElementTangent(0);
+        source.binormals = mesh->GetElementBinormal(0);
+        return source;
+    }
+    // Every polygon of the mesh in one material.
+    std::vector<qe::Ref<tarn::Mesh>> Build(tarn::VertexFormat format, qe::Ref<tarn::MaterialData> material = {}) {
+        const PolygonSource source = Source();
+        auto meshBuilder = createMeshBuilder(format, builder);
+        meshBuilder->setMaterial(material);
+        for (int p = 0; p < mesh->GetPolygonCount(); ++p) meshBuilder->addPolygon(source, p);
+        std::vector<qe::Ref<tarn::Mesh>> out;
+        meshBuilder->finish(out);
+        return out;
+    }
+    template <class T>
+    static std::vector<T> Read(const tarn::BufferRecord* record) {
+        std::vector<T> values(record->count);
+        EXPECT_EQ(record->data.size(), values.size() * sizeof(T));
+        std::memcpy(values.data(), record->data.data(), std::min(record->data.size(), values.size() * sizeof(T)));
+        return values;
+    }
+    template <class Vertex>
+    std::vector<Vertex> Vertices(const qe::Ref<tarn::Mesh>& made) {
+        EXPECT_EQ(builder.vertexBufferRecordOf(made->vertexBuffer())->format, uint32_t(Vertex::kFormat));
+        return Read<Vertex>(builder.vertexBufferRecordOf(made->vertexBuffer()));
+    }
+    Indices IndicesOf(const qe::Ref<tarn::Mesh>& made) {
+        return Read<uint16_t>(builder.indexBufferRecordOf(made->indexBuffer()));
+    }
+    qe::Ref<tarn::MaterialData> Solid(float red) {
+        qe::Ref<tarn::MaterialData> material = tarn::createMaterial(&cache, "solid");
+        tarn::setVectorParameter(material, "DiffuseColor", {red, 0.0f, 0.0f, 0.0f});
+        return material;
+    }
+
+    tarn::MaterialCache cache;
+    tarn::KivaContainer container;
+    tarn::KivaBuilder builder{&container};
+    FbxManager* manager = FbxManager::Create();
+    FbxMesh* mesh = nullptr;
+    std::vector<FbxString> uvSetNames;
+};
+
+TEST_F(MeshBuilderTest, PolygonsAreFannedAndVerticesWeldedByTheirBytes) {
+    Points({{0, 0}, {1, 0}, {1, 1}, {0, 1}, {-0.0, 0}, {0.1, 0}});
+    Polygon({0, 1, 2, 3});     // two triangles
+    Polygon({0, 2, 3});        // all three corners weld with the quad's
+    Polygon({4, 1, 2});        // -0 is not +0: one new vertex
+    Polygon({0, 1, 2, 3, 5});  // three triangles around corner 0
+    Uvs("map", {FbxVector2(0, 0), FbxVector2(0.5, 0), FbxVector2(0.5, 0.3), FbxVector2(0, 0.25)},
+        {0, 1, 2, 3, 0, 2, 3, 0, 1, 2, 0, 1, 2, 3, 3});
+    Uvs("second", {FbxVector2(0.125, 0.5)}, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+
+    const auto meshes = Build(kPlain);
+    ASSERT_EQ(meshes.size(), 1u);
+    EXPECT_EQ(IndicesOf(meshes[0]), (Indices{0, 1, 2, 0, 2, 3, 0, 2, 3, 4, 1, 2, 0, 1, 2, 0, 2, 3, 0, 3, 5}));
+    const auto vertices = Vertices<VertexP3N3C4T4>(meshes[0]);
+    ASSERT_EQ(vertices.size(), 6u);
+    EXPECT_EQ(vertices[1].position, (Floats3{1, 0, 0}));
+    EXPECT_EQ(std::bit_cast<uint32_t>(vertices[4].position[0]), 0x80000000u);
+    EXPECT_EQ(vertices[5].position, (Floats3{0.1f, 0, 0}));  // narrowed from double
+    for (const VertexP3N3C4T4& v : vertices) {
+        EXPECT_EQ(v.normal, (Floats3{0, 0, 1}));
+        EXPECT_EQ(v.color, Bytes4{});
+        EXPECT_EQ(v.texCoord1, (Floats2{0.125f, 0.5f}));
+    }
+    // V runs the other way, worked out before narrowing.
+    EXPECT_EQ(vertices[0].texCoord0, (Floats2{0, 1}));
+    EXPECT_EQ(vertices[2].texCoord0, (Floats2{0.5f, static_cast<float>(1.0 - 0.3)}));
+    EXPECT_EQ(vertices[5].texCoord0, (Floats2{0, 0.75f}));
+    ASSERT_EQ(meshes[0]->materialGroups().size(), 1u);
+    EXPECT_EQ(meshes[0]->materialGroups()[0].primitiveCount, 7u);
+
+    // A corner whose UV cannot be read has (0, 1); a missing set gives (0, 0).
+    mesh->GetElementUV(0)->GetIndexArray().SetAt(1, 9);
+    mesh->GetElementUV(0)->GetIndexArray().SetAt(2, -1);
+    EXPECT_EQ(readPolygonUv(*mesh, 0, 1, uvSetNames, 0), (Floats2{0, 1}));
+    EXPECT_EQ(readPolygonUv(*mesh, 0, 2, uvSetNames, 0), (Floats2{0, 1}));
+    EXPECT_EQ(readPolygonUv(*mesh, 0, 0, uvSetNames, 2), (Floats2{0, 0}));
+}
+
+TEST_F(MeshBuilderTest, BadPolygonsAreSkippedWhole) {
+    mesh->InitControlPoints(3);
+    mesh->SetControlPointAt(FbxVector4(1, 0, 0), 1);
+    mesh->SetControlPointAt(FbxVector4(1, 1, 0), 2);
+    Polygon({0, 1});        // too few corners
+    Polygon({0, 1, 2, 9});  // last corner names no control point: its first triangle goes too
+    Polygon({0, -1, 2});
+    Polygon({2, 1, 0});  // the only good one
+    Polygon({0, 1, 2});  // runs past the polygon vertices the source admits
+    PolygonSource source = Source();
+    source.polygonVertexCount -= 1;
+
+    auto meshBuilder = createMeshBuilder(kPlain, builder);
+    for (int p : {-1, 0, 1, 2, 4, 5, 1000}) meshBuilder->addPolygon(source, p);
+    std::vector<qe::Ref<tarn::Mesh>> out;
+    meshBuilder->finish(out);
+    EXPECT_TRUE(out.empty()) << "a builder without triangles makes no mesh";
+
+    meshBuilder = createMeshBuilder(kPlain, builder);
+    for (int p = 0; p < 5; ++p) meshBuilder->addPolygon(source, p);
+    meshBuilder->finish(out);
+    ASSERT_EQ(out.size(), 1u);
+    EXPECT_EQ(IndicesOf(out[0]), (Indices{0, 1, 2}));
+    // Without normals and UV sets everything but the position is zero.
+    const auto vertices = Vertices<VertexP3N3C4T4>(out[0]);
+    ASSERT_EQ(vertices.size(), 3u);
+    EXPECT_EQ(vertices[0].position, (Floats3{1, 1, 0}));
+    VertexP3N3C4T4 zero{};
+    EXPECT_EQ(std::memcmp(&vertices[2], &zero, sizeof zero), 0);
+}
+
+TEST_F(MeshBuilderTest, MaterialsBecomeGroupsOfOneIndexBuffer) {
+    Points({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
+    Polygon({0, 1, 2, 3});
+    Polygon({0, 1, 2});
+    const PolygonSource source = Source();
+    auto meshBuilder = createMeshBuilder(kPlain, builder);
+    meshBuilder->setMaterial(Solid(0.25f));  // replaced before any triangle
+    meshBuilder->setMaterial(Solid(1.0f));
+    meshBuilder->addPolygon(source, 0);
+    meshBuilder->setMaterial(Solid(1.0f));  // an equal material goes on in the same group
+    meshBuilder->addPolygon(source, 1);
+    meshBuilder->setMaterial(Solid(0.5f));
+    meshBuilder->addPolygon(source, 1);
+    meshBuilder->setMaterial({});  // materials switched off
+    meshBuilder->addPolygon(source, 0);
+    meshBuilder->setMaterial(Solid(0.75f));  // no polygon: an empty group at the end
+    std::vector<qe::Ref<tarn::Mesh>> out;
+    meshBuilder->finish(out);
+
+    ASSERT_EQ(out.size(), 1u);
+    EXPECT_EQ(IndicesOf(out[0]).size(), 18u);
+    EXPECT_EQ(Vertices<VertexP3N3C4T4>(out[0]).size(), 4u);
+    const auto& groups = out[0]->materialGroups();
+    ASSERT_EQ(groups.size(), 4u);
+    const std::array<float, 4> red = {1.0f, 0.5f, -1, 0.75f};  // -1: no material
+    const std::array<uint32_t, 4> first = {0, 9, 12, 18}, count = {3, 1, 2, 0};
+    for (size_t g = 0; g < groups.size(); ++g) {
+        EXPECT_EQ(groups[g].firstIndex, first[g]) << g;
+        EXPECT_EQ(groups[g].primitiveCount, count[g]) << g;
+        EXPECT_EQ(groups[g].primitive, tarn::kPrimitiveTriangleList);
+        ASSERT_EQ(bool(groups[g].material), red[g] >= 0) << g;
+        if (red[g] < 0) continue;
+        EXPECT_TRUE(groups[g].material->canonical()) << g;
+        EXPECT_EQ(groups[g].material->parameters().vectors.at("DiffuseColor")[0], red[g]) << g;
+    }
+}
+
+TEST_F(MeshBuilderTest, AMeshFullOfSixteenBitIndicesContinuesInTheNextWithTheSameMaterial) {
+    // One fan of 21848 corners: 21846 triangles, one more than a mesh holds.
+    constexpr int kCorners = 21848;
+    mesh->InitControlPoints(kCorners);
+    mesh->BeginPolygon();
+    for (int i = 0; i < kCorners; ++i) {
+        mesh->SetControlPointAt(FbxVector4(i, i % 2, 0), i);
+        mesh->AddPolygon(i);
+    }
+    const auto meshes = Build(kPlain, Solid(1.0f));
+    ASSERT_EQ(meshes.size(), 2u);
+    EXPECT_EQ(IndicesOf(meshes[0]).size(), 65535u);
+    EXPECT_EQ(Vertices<VertexP3N3C4T4>(meshes[0]).size(), size_t(kCorners - 1));
+    ASSERT_EQ(meshes[0]->materialGroups().size(), 1u);
+    EXPECT_EQ(meshes[0]->materialGroups()[0].primitiveCount, 21845u);
+
+    // The last triangle starts afresh: its corner 0 is a vertex again.
+    EXPECT_EQ(IndicesOf(meshes[1]), (Indices{0, 1, 2}));
+    const auto vertices = Vertices<VertexP3N3C4T4>(meshes[1]);
+    ASSERT_EQ(vertices.size(), 3u);
+    EXPECT_EQ(vertices[0].position, (Floats3{0, 0, 0}));
+    EXPECT_EQ(vertices[2].position, (Floats3{kCorners - 1, 1, 0}));
+    const auto& groups = meshes[1]->materialGroups();
+    ASSERT_EQ(groups.size(), 1u);
+    EXPECT_EQ(groups[0].firstIndex, 0u);
+    EXPECT_EQ(groups[0].primitiveCount, 1u);
+    EXPECT_EQ(groups[0].material.get(), meshes[0]->materialGroups()[0].material.get());
+}
+
+TEST_F(MeshBuilderTest, SkinnedAndTangentFormatsFillTheirOwnAttributes) {
+    Points({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
+    Polygon({0, 1, 2});
+    Polygon({0, 2, 3});
+    Uvs("map", {FbxVector2(0.25, 0.25), FbxVector2(1, 1)}, {0, 0, 1, 0, 1, 0});
+    Uvs("second", {FbxVector2(0.5, 0.5)}, {0, 0, 0, 0, 0, 0});
+    mesh->InitTangents(6);
+    for (int i = 0; i < 6; ++i) mesh->GetElementTangent(0)->GetDirectArray().SetAt(i, FbxVector4(i, 0.5, 0.25, 1));
+    mesh->InitBinormals(6);
+    FbxLayerElementBinormal* binormals = mesh->GetElementBinormal(0);
+    binormals->SetReferenceMode(FbxLayerElement::eIndexToDirect);
+    binormals->GetDirectArray().SetAt(1, FbxVector4(0, 1, 0, 0));
+    for (int i : {1, 1, 1, 1, 1, 0}) binormals->GetIndexArray().Add(i);
+
+    std::vector<SkinInfluences> skin(4);
+    skin[0].weights = {255, 0, 0, 0};
+    skin[2].weights = {128, 100, 27, 0};
+    skin[2].bones = {3, 0, 7, 0};
+    PolygonSource source = Source();
+    source.skinInfluences = skin;
+    auto skinned = createMeshBuilder(tarn::VertexFormat::Position3Weights4bBones4bNormal3TexCoord2, builder);
+    auto tangent = createMeshBuilder(tarn::VertexFormat::Position3Normal3Tan3Bin3TexCoord4, builder);
+    for (int p : {0, 1}) {
+        skinned->addPolygon(source, p);
+        tangent->addPolygon(source, p);
+    }
+    std::vector<qe::Ref<tarn::Mesh>> out;
+    skinned->finish(out);
+    tangent->finish(out);
+    ASSERT_EQ(out.size(), 2u);
+
+    // Corners of one control point carry the same bytes and weld.
+    EXPECT_EQ(IndicesOf(out[0]), (Indices{0, 1, 2, 0, 2, 3}));
+    const auto skinnedVertices = Vertices<VertexP3W4B4N3T2>(out[0]);
+    ASSERT_EQ(skinnedVertices.size(), 4u);
+    EXPECT_EQ(skinnedVertices[0].weights, (Bytes4{255, 0, 0, 0}));
+    EXPECT_EQ(skinnedVertices[1].weights, Bytes4{});
+    EXPECT_EQ(skinnedVertices[2].weights, (Bytes4{128, 100, 27, 0}));
+    EXPECT_EQ(skinnedVertices[2].bones, (Bytes4{3, 0, 7, 0}));
+    EXPECT_EQ(skinnedVertices[2].normal, (Floats3{0, 0, 1}));
+    EXPECT_EQ(skinnedVertices[2].texCoord, (Floats2{1, 0}));
+
+    // Tangents by polygon vertex: corners of one control point differ.
+    EXPECT_EQ(IndicesOf(out[1]), (Indices{0, 1, 2, 3, 4, 5}));
+    const auto tangentVertices = Vertices<VertexP3N3G3B3T4>(out[1]);
+    ASSERT_EQ(tangentVertices.size(), 6u);
+    for (size_t i = 0; i < 6; ++i) EXPECT_EQ(tangentVertices[i].tangent, (Floats3{float(i), 0.5f, 0.25f})) << i;
+    EXPECT_EQ(tangentVertices[0].binormal, (Floats3{0, 1, 0}));
+    EXPECT_EQ(tangentVertices[5].binormal, (Floats3{}));
+    EXPECT_EQ(tangentVertices[2].texCoord0, (Floats2{1, 0}));
+    EXPECT_EQ(tangentVertices[2].texCoord1, (Floats2{0.5f, 0.5f}));
+}
+
+TEST(VertexFormats, ShadersChooseFormatsAndSkinningOverridesThem) {
+    using tarn::VertexFormat;
+    EXPECT_EQ(vertexFormatForShader("solid", false), kPlain);
+    EXPECT_EQ(vertexFormatForShader("textured", false), kPlain);
+    for (const char* shader : {"textured_normal", "textured_normal_material", "asteroid"}) {
+        EXPECT_EQ(vertexFormatForShader(shader, false), VertexFormat::Position3Normal3Tan3Bin3TexCoord4) << shader;
+        EXPECT_EQ(vertexFormatForShader(shader, true), VertexFormat::Position3Weights4bBones4bNormal3TexCoord2);
+    }
+    // An empty material (materials switched off) still takes a format.
+    EXPECT_EQ(vertexFormatFor({}, false), kPlain);
+    EXPECT_EQ(vertexFormatFor({}, true), VertexFormat::Position3Weights4bBones4bNormal3TexCoord2);
+    EXPECT_DEATH(vertexFormatForShader("Solid", false), "no vertex format for shader");
+    tarn::KivaContainer container;
+    tarn::KivaBuilder builder(&container);
+    EXPECT_DEATH(createMeshBuilder(VertexFormat::Position3Normal3, builder), "Incompletely implemented vertex format.");
+}
+
+}  // namespace
