@@ -173,13 +173,17 @@ void packInfluences(SkinInfluences& point) {
     }
     if (n == 0) kept[n++] = {0, 1.0f};  // a point without influences follows bone 0 alone
 
-    float sum = 0.0f;
+    // The running sum and the shares are kept in double precision: the sum
+    // of the weights still to share out then stays exact for float weights,
+    // and equal weights get equal bytes (0.2 five times gives 64, 64, 64,
+    // 63) where float rounding would hand out 64, 64, 63, 64.
+    double sum = 0.0;
     for (size_t i = 0; i < n; ++i) sum += kept[i].weight;
     int left = 255;
     for (size_t i = 0; i + 1 < n; ++i) {
-        const float share = std::floor(kept[i].weight / sum * static_cast<float>(left) + 0.5f);
+        const double share = std::floor(kept[i].weight / sum * left + 0.5);
         // Kept within what is left, so that the last byte cannot wrap.
-        const int q = share >= 0.0f ? static_cast<int>(std::min(share, static_cast<float>(left))) : 0;
+        const int q = share >= 0.0 ? static_cast<int>(std::min(share, static_cast<double>(left))) : 0;
         point.bones[i] = static_cast<uint8_t>(kept[i].bone & 0xFFu);
         point.weights[i] = static_cast<uint8_t>(q);
         left -= q;
