@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iostream>
 #include <string_view>
 #include <vector>
 
@@ -23,19 +24,23 @@ struct ModelRecord;
 void extractSkeletons(FbxNode& rootNode, tarn::KivaContainer& container, SkeletonNodeMap& skeletonNodes);
 
 // Where a skin's problems are reported: the input file and the node of the
-// mesh that the skin deforms.
+// mesh that the skin deforms; errors go to `errors`, messages and warnings
+// that count as no error to `messages`.
 struct SkinSource {
     std::string_view input;
     const FbxNode* meshNode = nullptr;
     ErrorReporter* errors = nullptr;
+    std::ostream* messages = &std::cerr;
 };
 
 // Collects the influences of the skin's clusters on the control points
 // (`influences` has one entry per control point) and packs each point's
 // bytes. The model takes the skeleton of the first cluster that reaches a
 // bone; clusters that reach no bone, or a bone of another skeleton, are
-// ignored with a message on standard error. Weights on a bone the 8-bit bone
-// byte cannot address are an error reported against the input.
+// ignored with a message. When bones were missed because their skeleton
+// hangs below a node other than the scene root, one warning per mesh names
+// that node. Weights on a bone the 8-bit bone byte cannot address are an
+// error reported against the input.
 void fillSkinInfluences(tarn::ModelRecord& model, const FbxSkin& skin, const SkeletonNodeMap& skeletonNodes,
                         std::vector<SkinInfluences>& influences, const SkinSource& source);
 
