@@ -1,10 +1,12 @@
 #include "scene/animation_baking.h"
 
 #include <cmath>
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "convert/error_reporter.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_time.h"
 #include "scene/matrix4.h"
@@ -17,10 +19,14 @@ namespace {
 
 constexpr uint32_t kFramesPerSecond = 60;
 constexpr double kSecondsPerFrame = 0.016666666666666666;
+// What one bake may take: a file of a few bytes can hold two keys a year
+// apart, and nothing else bounds the frames.
+constexpr double kMaxTransformBytes = 1024.0 * 1024.0 * 1024.0;
 
 }  // namespace
 
-void bakeAnimation(FbxNode& rootNode, tarn::KivaBuilder& builder, const SkeletonNodeMap& skeletonNodes) {
+void bakeAnimation(FbxNode& rootNode, tarn::KivaBuilder& builder, const SkeletonNodeMap& skeletonNodes,
+                   std::string_view input, ErrorReporter& errors) {
     if (skeletonNodes.empty()) return;
     FbxTimeSpan interval;
     if (!rootNode.GetAnimationInterval(interval)) return;
@@ -28,9 +34,16 @@ void bakeAnimation(FbxNode& rootNode, tarn::KivaBuilder& builder, const Skeleton
     const double stop = interval.stop.GetSecondDouble();
     // Only the length of the interval counts; sampling starts at second 0.
     const float length = static_cast<float>((stop - start) * 60.0);
-    // Beyond the frame count a record can hold, or not a number: nothing is
-    // baked rather than an undefined conversion.
-    if (!(length >= 1.0f) || length >= 2147483648.0f) return;
+    if (!(length >= 1.0f)) return;  // shorter than a frame, or not a number
+    const double bytes = std::floor(static_cast<double>(length)) * static_cast<double>(skeletonNodes.size()) *
+                         static_cast<double>(sizeof(tarn::AnimTransform));
+    if (length >= 2147483648.0f || bytes > kMaxTransformBytes) {
+        char frames[64];
+        std::snprintf(frames, sizeof frames, "%.0f", std::floor(static_cast<double>(length)));
+        errors.error(input) << "animation of " << frames << " frames for " << skeletonNodes.size()
+                            << " bones is too long to bake (at most 1 GiB of transforms)\n";
+        return;
+    }
     const auto frames = static_cast<int32_t>(std::floor(length));
 
     std::vector<std::string> boneNames;

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include <cmath>
 
+#include "convert/error_reporter.h"
 #include "fbx/model/fbx_anim_curve.h"
 #include "fbx/model/fbx_anim_curve_node.h"
 #include "fbx/model/fbx_anim_layer.h"
@@ -55,7 +58,7 @@ protected:
     const tarn::Animation* Bake() {
         if (nodes.empty()) extractSkeletons(*root, container, nodes);
         const size_t before = container.animations().size();
-        bakeAnimation(*root, builder, nodes);
+        bakeAnimation(*root, builder, nodes, "scene.fbx", errors);
         if (container.animations().size() == before) return nullptr;
         EXPECT_EQ(container.animations().size(), before + 1);
         return container.animations().back()->animation.get();
@@ -69,6 +72,8 @@ protected:
     tarn::KivaContainer container;
     tarn::KivaBuilder builder{&container};
     SkeletonNodeMap nodes;
+    std::ostringstream err;
+    ErrorReporter errors{err};
 };
 
 TEST_F(AnimationBaking, SixtyFramesASecondOfLocalTranslationAndRotation) {
@@ -147,9 +152,19 @@ TEST_F(AnimationBaking, NothingWithoutStackKeysOrBones) {
     EXPECT_EQ(Bake(), nullptr);  // a single key spans no time
     Keys(hips->LclTranslation(), layer, 1, {{0.0, 0.0f}, {1.0, 1.0f}});
     // Curves but no bones.
-    bakeAnimation(*root, builder, SkeletonNodeMap{});
+    bakeAnimation(*root, builder, SkeletonNodeMap{}, "scene.fbx", errors);
     EXPECT_TRUE(container.animations().empty());
     EXPECT_NE(Bake(), nullptr);
+    EXPECT_EQ(errors.errorCount(), 0u);
+}
+
+TEST_F(AnimationBaking, KeysFarApartAreAnErrorNotAHugeAnimation) {
+    FbxAnimLayer* layer = Stack("Take");
+    Keys(hips->LclTranslation(), layer, 0, {{0.0, 0.0f}, {1e7, 1.0f}});
+    EXPECT_EQ(Bake(), nullptr);
+    EXPECT_EQ(
+        err.str(),
+        "scene.fbx: animation of 600000000 frames for 2 bones is too long to bake (at most 1 GiB of transforms)\n");
 }
 
 }  // namespace

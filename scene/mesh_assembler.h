@@ -42,15 +42,17 @@ public:
 
     // Further triangles are drawn with this material (interned first; an
     // empty one stays empty). A group that has no triangle yet takes it
-    // over; so does the current group when the material is the same.
+    // over; so does the current group when the material is the same and not empty.
     void setMaterial(qe::Ref<tarn::MaterialData> material) {
         tarn::internMaterial(material);
         if (groups_.empty()) {
             groups_.emplace_back(std::move(material), 0, 0, tarn::kPrimitiveTriangleList);
             return;
         }
+        // Empty materials (materials switched off) stand for slots whose
+        // material was left out: each keeps a group of its own.
         const tarn::MaterialGroup& last = groups_.back();
-        if (last.primitiveCount != 0 && !tarn::sameMaterial(last.material.get(), material.get())) {
+        if (last.primitiveCount != 0 && (!material || !tarn::sameMaterial(last.material.get(), material.get()))) {
             if (multipleGroups_) {
                 const uint32_t primitive = last.primitive;
                 groups_.emplace_back(std::move(material), indexCount(), 0, primitive);

@@ -224,59 +224,6 @@ TEST_F(MeshBuilderTest, AMeshFullOfSixteenBitIndicesContinuesInTheNextWithTheSam
     EXPECT_EQ(groups[0].material.get(), meshes[0]->materialGroups()[0].material.get());
 }
 
-TEST_F(MeshBuilderTest, SkinnedAndTangentFormatsFillTheirOwnAttributes) {
-    Points({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
-    Polygon({0, 1, 2});
-    Polygon({0, 2, 3});
-    Uvs("map", {FbxVector2(0.25, 0.25), FbxVector2(1, 1)}, {0, 0, 1, 0, 1, 0});
-    Uvs("second", {FbxVector2(0.5, 0.5)}, {0, 0, 0, 0, 0, 0});
-    mesh->InitTangents(6);
-    for (int i = 0; i < 6; ++i) mesh->GetElementTangent(0)->GetDirectArray().SetAt(i, FbxVector4(i, 0.5, 0.25, 1));
-    mesh->InitBinormals(6);
-    FbxLayerElementBinormal* binormals = mesh->GetElementBinormal(0);
-    binormals->SetReferenceMode(FbxLayerElement::eIndexToDirect);
-    binormals->GetDirectArray().SetAt(1, FbxVector4(0, 1, 0, 0));
-    for (int i : {1, 1, 1, 1, 1, 0}) binormals->GetIndexArray().Add(i);
-
-    std::vector<SkinInfluences> skin(4);
-    skin[0].weights = {255, 0, 0, 0};
-    skin[2].weights = {128, 100, 27, 0};
-    skin[2].bones = {3, 0, 7, 0};
-    PolygonSource source = Source();
-    source.skinInfluences = skin;
-    auto skinned = createMeshBuilder(tarn::VertexFormat::Position3Weights4bBones4bNormal3TexCoord2, builder);
-    auto tangent = createMeshBuilder(tarn::VertexFormat::Position3Normal3Tan3Bin3TexCoord4, builder);
-    for (int p : {0, 1}) {
-        skinned->addPolygon(source, p);
-        tangent->addPolygon(source, p);
-    }
-    std::vector<qe::Ref<tarn::Mesh>> out;
-    skinned->finish(out);
-    tangent->finish(out);
-    ASSERT_EQ(out.size(), 2u);
-
-    // Corners of one control point carry the same bytes and weld.
-    EXPECT_EQ(IndicesOf(out[0]), (Indices{0, 1, 2, 0, 2, 3}));
-    const auto skinnedVertices = Vertices<VertexP3W4B4N3T2>(out[0]);
-    ASSERT_EQ(skinnedVertices.size(), 4u);
-    EXPECT_EQ(skinnedVertices[0].weights, (Bytes4{255, 0, 0, 0}));
-    EXPECT_EQ(skinnedVertices[1].weights, Bytes4{});
-    EXPECT_EQ(skinnedVertices[2].weights, (Bytes4{128, 100, 27, 0}));
-    EXPECT_EQ(skinnedVertices[2].bones, (Bytes4{3, 0, 7, 0}));
-    EXPECT_EQ(skinnedVertices[2].normal, (Floats3{0, 0, 1}));
-    EXPECT_EQ(skinnedVertices[2].texCoord, (Floats2{1, 0}));
-
-    // Tangents by polygon vertex: corners of one control point differ.
-    EXPECT_EQ(IndicesOf(out[1]), (Indices{0, 1, 2, 3, 4, 5}));
-    const auto tangentVertices = Vertices<VertexP3N3G3B3T4>(out[1]);
-    ASSERT_EQ(tangentVertices.size(), 6u);
-    for (size_t i = 0; i < 6; ++i) EXPECT_EQ(tangentVertices[i].tangent, (Floats3{float(i), 0.5f, 0.25f})) << i;
-    EXPECT_EQ(tangentVertices[0].binormal, (Floats3{0, 1, 0}));
-    EXPECT_EQ(tangentVertices[5].binormal, (Floats3{}));
-    EXPECT_EQ(tangentVertices[2].texCoord0, (Floats2{1, 0}));
-    EXPECT_EQ(tangentVertices[2].texCoord1, (Floats2{0.5f, 0.5f}));
-}
-
 TEST(VertexFormats, ShadersChooseFormatsAndSkinningOverridesThem) {
     using tarn::VertexFormat;
     EXPECT_EQ(vertexFormatForShader("solid", false), kPlain);

@@ -125,6 +125,26 @@ TEST_F(Kivatran, DependencyListOnStandardOutputAfterTheOutput) {
     EXPECT_TRUE(fileExists(dir.file("-x")));
 }
 
+TEST_F(Kivatran, ConvertsASceneWithItsTexturesFromTheScenesFolder) {
+    const std::string example = std::string(KIVA_SOURCE_DIR) + "/examples/scene/";
+    for (const char* name :
+         {"demo.fbx", "crate_diffuse.png", "brick_diffuse.png", "brick_normal.png", "worm_diffuse.png"})
+        dir.write(std::string("scene/") + name, readFile(example + name));
+    Result r = run({"-o", "out.kiva", "scene/demo.fbx", "--dependencies", "-"});
+    EXPECT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    std::string expected = "default.settings\n";
+    for (const char* texture : {"brick_diffuse.png", "brick_normal.png", "crate_diffuse.png"})
+        expected += std::string("scene/") + texture + "\nscene/" + texture + ".settings\n";
+    expected += "scene/default.settings\nscene/demo.fbx\nscene/worm_diffuse.png\nscene/worm_diffuse.png.settings\n";
+    EXPECT_EQ(r.out, expected);
+    // The independent reader accepts what was written.
+    EXPECT_EQ(std::system(("/bin/sh -c " +
+                           quote(quote(KIVA_BIN_DIR "/kivadump") + " " + quote(dir.file("out.kiva")) + " >/dev/null"))
+                              .c_str()),
+              0);
+}
+
 TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {
     image("IMAGE.PNG", 2, 2, 3);
     image("ok.png", 2, 2, 3);
@@ -136,7 +156,7 @@ TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {
               "a.tiff: unrecognized extension\n"
               "png: unrecognized extension\n"
               ": unrecognized extension\n"
-              "scene.FBX: scene input is not supported by this build\n"
+              "scene.FBX: Call to FbxImporter::Initialize() failed: Unexpected file type\n"
               "missing.tga: could not load: cannot read the file (No such file or directory)\n"
               "5 errors\n");
     EXPECT_EQ(r.out, "");
@@ -150,7 +170,7 @@ TEST_F(Kivatran, OtherTextureModesRefuseImageInputs) {
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err,
               "a.png: --texture-mode incompatable with image input file\n"
-              "b.fbx: scene input is not supported by this build\n2 errors\n");
+              "b.fbx: Call to FbxImporter::Initialize() failed: Unexpected file type\n2 errors\n");
     r = run({"--texture-mode", "reference", "-o", "o.kiva", "a.png"});
     EXPECT_EQ(r.err, "a.png: --texture-mode incompatable with image input file\n1 error\n");
     EXPECT_FALSE(fileExists(dir.file("o.kiva")));
