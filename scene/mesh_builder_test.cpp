@@ -158,43 +158,6 @@ TEST_F(MeshBuilderTest, BadPolygonsAreSkippedWhole) {
     EXPECT_EQ(std::memcmp(&vertices[2], &zero, sizeof zero), 0);
 }
 
-TEST_F(MeshBuilderTest, MaterialsBecomeGroupsOfOneIndexBuffer) {
-    Points({{0, 0}, {1, 0}, {1, 1}, {0, 1}});
-    Polygon({0, 1, 2, 3});
-    Polygon({0, 1, 2});
-    const PolygonSource source = Source();
-    auto meshBuilder = createMeshBuilder(kPlain, builder);
-    meshBuilder->setMaterial(Solid(0.25f));  // replaced before any triangle
-    meshBuilder->setMaterial(Solid(1.0f));
-    meshBuilder->addPolygon(source, 0);
-    meshBuilder->setMaterial(Solid(1.0f));  // an equal material goes on in the same group
-    meshBuilder->addPolygon(source, 1);
-    meshBuilder->setMaterial(Solid(0.5f));
-    meshBuilder->addPolygon(source, 1);
-    meshBuilder->setMaterial({});  // materials switched off
-    meshBuilder->addPolygon(source, 0);
-    meshBuilder->setMaterial(Solid(0.75f));  // no polygon: an empty group at the end
-    std::vector<qe::Ref<tarn::Mesh>> out;
-    meshBuilder->finish(out);
-
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(IndicesOf(out[0]).size(), 18u);
-    EXPECT_EQ(Vertices<VertexP3N3C4T4>(out[0]).size(), 4u);
-    const auto& groups = out[0]->materialGroups();
-    ASSERT_EQ(groups.size(), 4u);
-    const std::array<float, 4> red = {1.0f, 0.5f, -1, 0.75f};  // -1: no material
-    const std::array<uint32_t, 4> first = {0, 9, 12, 18}, count = {3, 1, 2, 0};
-    for (size_t g = 0; g < groups.size(); ++g) {
-        EXPECT_EQ(groups[g].firstIndex, first[g]) << g;
-        EXPECT_EQ(groups[g].primitiveCount, count[g]) << g;
-        EXPECT_EQ(groups[g].primitive, tarn::kPrimitiveTriangleList);
-        ASSERT_EQ(bool(groups[g].material), red[g] >= 0) << g;
-        if (red[g] < 0) continue;
-        EXPECT_TRUE(groups[g].material->canonical()) << g;
-        EXPECT_EQ(groups[g].material->parameters().vectors.at("DiffuseColor")[0], red[g]) << g;
-    }
-}
-
 TEST_F(MeshBuilderTest, AMeshFullOfSixteenBitIndicesContinuesInTheNextWithTheSameMaterial) {
     // One fan of 21848 corners: 21846 triangles, one more than a mesh holds.
     constexpr int kCorners = 21848;
