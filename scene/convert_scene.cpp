@@ -6,12 +6,11 @@
 #include "fbx/io/fbx_io_settings.h"
 #include "fbx/model/fbx_anim_evaluator.h"
 #include "fbx/model/fbx_anim_stack.h"
-#include "fbx/model/fbx_axis_system.h"
 #include "fbx/model/fbx_geometry_converter.h"
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_scene.h"
-#include "fbx/model/fbx_system_unit.h"
+#include "fbx/model/fbx_z_up_metres.h"
 #include "scene/animation_baking.h"
 #include "scene/material_translator.h"
 #include "scene/model_extraction.h"
@@ -30,22 +29,6 @@ struct ManagerScope {
     ManagerScope& operator=(const ManagerScope&) = delete;
     ~ManagerScope() { manager->Destroy(); }
 };
-
-// Brings the scene to the engine's axes and unit. Both conversions change
-// only the root's children, their curves, and the recorded global matrices
-// (poses, clusters), so that extraction can read global transforms as they
-// are.
-void normalise(FbxScene& scene) {
-    FbxAxisSystem(FbxAxisSystem::eZAxis, -FbxAxisSystem::eParityOdd, FbxAxisSystem::eRightHanded).ConvertScene(&scene);
-    FbxSystemUnit::ConversionOptions options;
-    options.convertNestedScaling = false;
-    options.convertLimits = true;
-    options.convertClusters = true;
-    options.convertLightIntensity = true;
-    options.convertPhotometricProperties = true;
-    options.convertCameraClipPlanes = true;
-    FbxSystemUnit(100.0, 1.0).ConvertScene(&scene, options);
-}
 
 // Reports each record this scene added that the file format cannot hold, as
 // an error of the scene: the run then writes nothing.
@@ -107,7 +90,9 @@ bool convertScene(const std::string& path, const SceneOptions& options, tarn::Ki
     importer->Import(scene, false);
     importer->Destroy();
 
-    normalise(*scene);
+    // Only the root's children, their curves and the recorded global
+    // matrices change, so extraction can read global transforms as they are.
+    ConvertToZUpMetres(scene);
 
     MaterialTranslator translator(builder, folderOf(path), options.noMaterials ? nullptr : &materialCache, settings,
                                   options.textureMode, dependencies, errors);

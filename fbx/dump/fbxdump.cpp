@@ -17,14 +17,13 @@
 #include "fbx/io/fbx_importer.h"
 #include "fbx/io/fbx_io_settings.h"
 #include "fbx/io/fbx_path_utils.h"
-#include "fbx/model/fbx_axis_system.h"
 #include "fbx/model/fbx_geometry_converter.h"
 #include "fbx/model/fbx_manager.h"
 #include "fbx/model/fbx_mesh.h"
 #include "fbx/model/fbx_node.h"
 #include "fbx/model/fbx_node_selection.h"
 #include "fbx/model/fbx_scene.h"
-#include "fbx/model/fbx_system_unit.h"
+#include "fbx/model/fbx_z_up_metres.h"
 
 namespace {
 
@@ -104,20 +103,6 @@ bool parseTimes(const std::string& text, std::vector<double>& times) {
         if (comma == std::string::npos) return true;
         start = comma + 1;
     }
-}
-
-// Brings the scene to up +Z, front -Y, coord +X in metres, as the
-// converter does before it reads a scene.
-void convertScene(FbxScene& scene) {
-    FbxAxisSystem(FbxAxisSystem::eZAxis, -FbxAxisSystem::eParityOdd, FbxAxisSystem::eRightHanded).ConvertScene(&scene);
-    FbxSystemUnit::ConversionOptions options;
-    options.convertNestedScaling = false;
-    options.convertLimits = true;
-    options.convertClusters = true;
-    options.convertLightIntensity = true;
-    options.convertPhotometricProperties = true;
-    options.convertCameraClipPlanes = true;
-    FbxSystemUnit(100.0, 1.0).ConvertScene(&scene, options);
 }
 
 // Triangulates the mesh of every node of the tree, and lists each node that
@@ -229,7 +214,7 @@ int runFbxDump(const std::vector<std::string>& args, std::ostream& out, std::ost
 
     FbxScene* scene = FbxScene::Create(manager, "myScene");
     bool ok = importer->Import(scene);
-    if (convert) convertScene(*scene);
+    if (convert) ConvertToZUpMetres(scene);
     writer.beginObject();
     writeMembers(dumpHeader(*importer), writer);
     if (triangulate) {
