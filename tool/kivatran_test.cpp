@@ -143,6 +143,23 @@ TEST_F(Kivatran, ConvertsASceneWithItsTexturesFromTheScenesFolder) {
                            quote(quote(KIVA_BIN_DIR "/kivadump") + " " + quote(dir.file("out.kiva")) + " >/dev/null"))
                               .c_str()),
               0);
+
+    // A texture that is missing or cannot be decoded is an error: nothing is
+    // written and the earlier output keeps its bytes.
+    const std::string written = readFile(dir.file("out.kiva"));
+    dir.write("scene/worm_diffuse.png", "not a picture");
+    std::filesystem::remove(dir.file("scene/brick_normal.png"));
+    r = run({"-o", "out.kiva", "scene/demo.fbx"});
+    EXPECT_EQ(r.code, 1);
+    EXPECT_NE(r.err.find("scene/brick_normal.png: could not load: cannot read the file"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("scene/worm_diffuse.png: could not load: unknown image format"), std::string::npos) << r.err;
+    EXPECT_TRUE(r.err.ends_with("2 errors\n")) << r.err;
+    EXPECT_EQ(readFile(dir.file("out.kiva")), written);
+
+    // A cut file yields what could be read of it.
+    dir.write("scene/cut.fbx", readFile(example + "demo.fbx").substr(0, 30000));
+    r = run({"-o", "cut.kiva", "scene/cut.fbx", "--texture-mode", "strip"});
+    EXPECT_EQ(r.code, 0) << r.err;
 }
 
 TEST_F(Kivatran, ErrorsAreCountedAndNothingIsWritten) {

@@ -6,7 +6,7 @@
 #
 # The scene: a textured crate, a normal-mapped wall, a column whose faces
 # carry two materials, and a worm skinned to a chain of three bones that
-# bends over one second.
+# bends over one second at 60 frames per second.
 #
 # Run by ./regenerate (Blender is used only as a black-box exporter):
 #   PYTHONHASHSEED=0 blender -b --factory-startup --python-exit-code 1 \
@@ -96,9 +96,9 @@ def build_scene(outdir):
     scene.name = "DemoScene"
     scene.unit_settings.system = 'METRIC'
     scene.unit_settings.scale_length = 1.0
-    scene.render.fps = 30
+    scene.render.fps = 60
     scene.frame_start = 0
-    scene.frame_end = 30
+    scene.frame_end = 60
 
     def material(name, base=None, normal=None, color=(0.8, 0.8, 0.8, 1.0)):
         mat = bpy.data.materials.new(name)
@@ -203,13 +203,17 @@ def build_scene(outdir):
     for name in ("Middle", "Tip"):
         pb = rig.pose.bones[name]
         pb.rotation_mode = 'XYZ'
-        for frame, angle in ((0, 0.0), (15, 35.0), (30, 0.0)):
+        for frame, angle in ((0, 0.0), (30, 35.0), (60, 0.0)):
             pb.rotation_euler = (0.0, 0.0, math.radians(angle))
             pb.keyframe_insert("rotation_euler", frame=frame)
     pb = rig.pose.bones["Root"]
-    for frame, z in ((0, 0.0), (30, 0.5)):
+    for frame, z in ((0, 0.0), (60, 0.5)):
         pb.location = (0.0, 0.0, z)
         pb.keyframe_insert("location", frame=frame)
+    # Linear keys: the exporter's key reduction then keeps the curves exact.
+    for curve in action.fcurves:
+        for key in curve.keyframe_points:
+            key.interpolation = 'LINEAR'
     return {"crate": crate, "wall": wall, "column": column, "worm": worm, "rig": rig, "bones": bones}
 
 
@@ -217,7 +221,7 @@ def export(path, axis_forward, axis_up, global_scale, apply_scale):
     result = bpy.ops.export_scene.fbx(
         filepath=path, use_selection=False, object_types={'ARMATURE', 'MESH'}, path_mode='RELATIVE',
         embed_textures=False, add_leaf_bones=False, bake_anim=True, bake_anim_use_all_actions=False,
-        bake_anim_use_nla_strips=False, bake_anim_force_startend_keying=False, bake_anim_simplify_factor=1.0,
+        bake_anim_use_nla_strips=False, bake_anim_force_startend_keying=True, bake_anim_simplify_factor=1.0,
         use_custom_props=False, axis_forward=axis_forward, axis_up=axis_up, global_scale=global_scale,
         apply_scale_options=apply_scale, use_mesh_modifiers=False, mesh_smooth_type='FACE', use_tspace=False)
     check(result == {'FINISHED'}, "export of " + path)
@@ -257,6 +261,12 @@ def write_facts(path, objects):
         lo = [min(c[i] for c in corners) for i in range(3)]
         hi = [max(c[i] for c in corners) for i in range(3)]
         lines.append("bounds %s: %s %s" % (obj.name, vec(lo), vec(hi)))
+        area = 0.0
+        for poly in me.polygons:
+            ring = [world @ me.vertices[v].co for v in poly.vertices]
+            for k in range(1, len(ring) - 1):
+                area += (ring[k] - ring[0]).cross(ring[k + 1] - ring[0]).length / 2.0
+        lines.append("area %s: %s" % (obj.name, num(area)))
         # Every corner: world position, world normal, UV of the first set.
         uv = me.uv_layers[0].data if me.uv_layers else None
         for loop in me.loops:
@@ -264,10 +274,15 @@ def write_facts(path, objects):
             n = (normal_matrix @ loop.normal).normalized()
             t = uv[loop.index].uv if uv else (0.0, 0.0)
             lines.append("corner %s: %s %s %s" % (obj.name, vec(p), vec(n), vec(t)))
+    worm = objects["worm"]
+    for v in worm.data.vertices:
+        groups = sorted(((worm.vertex_groups[g.group].name, g.weight) for g in v.groups), key=lambda e: -e[1])
+        lines.append("weights: %s %s" % (vec(worm.matrix_world @ v.co),
+                                         " ".join("%s %s" % (bones.index(n), num(w)) for n, w in groups)))
     for name in bones:
         lines.append("bind %s: %s" % (name, matrix(rig.matrix_world @ rig.data.bones[name].matrix_local)))
     rig.data.pose_position = 'POSE'
-    for frame in (0, 7, 15, 22, 29):
+    for frame in range(60):
         scene.frame_set(frame)
         for name in bones:
             pb = rig.pose.bones[name]
