@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -126,17 +125,25 @@ void FirstVisits(const int* vertices, int size, std::vector<int>& first, std::ve
 void BuildEdges(FbxMesh& mesh) {
     FbxArray<int>& edges = mesh.GetEdgeArray();
     edges.Clear();
-    std::unordered_map<uint64_t, int> seen;  // lookup only
+    // Sorted runs rather than a hash table: a large mesh's edges do not fit
+    // the caches, and sorting walks them in order.
+    std::vector<std::pair<uint64_t, int>> pairs;  // (undirected pair, polygon-vertex index)
+    pairs.reserve(static_cast<size_t>(std::max(0, mesh.GetPolygonVertexCount())));
     const int* vertices = mesh.GetPolygonVertices();
     for (int p = 0; p < mesh.GetPolygonCount(); ++p) {
         const int start = mesh.GetPolygonVertexIndex(p), size = mesh.GetPolygonSize(p);
         for (int i = 0; i < size; ++i) {
             const uint32_t a = static_cast<uint32_t>(vertices[start + i]);
             const uint32_t b = static_cast<uint32_t>(vertices[start + (i + 1) % size]);
-            const uint64_t key = (static_cast<uint64_t>(std::min(a, b)) << 32) | std::max(a, b);
-            if (seen.emplace(key, start + i).second) edges.PushBack(start + i);
+            pairs.emplace_back((static_cast<uint64_t>(std::min(a, b)) << 32) | std::max(a, b), start + i);
         }
     }
+    std::sort(pairs.begin(), pairs.end());
+    std::vector<int> firsts;
+    for (size_t k = 0; k < pairs.size(); ++k)
+        if (k == 0 || pairs[k].first != pairs[k - 1].first) firsts.push_back(pairs[k].second);
+    std::sort(firsts.begin(), firsts.end());
+    for (int first : firsts) edges.PushBack(first);
 }
 
 }  // namespace
