@@ -122,28 +122,64 @@ void FirstVisits(const int* vertices, int size, std::vector<int>& first, std::ve
 
 // The edges of a mesh: for each undirected pair of control points joined
 // by consecutive corners, the polygon-vertex index where it is first met.
+// Pairs are bucketed by their smaller control point, in corner order, so
+// that a pair's first corner is the first of its kind in its bucket: linear
+// work with local memory, where a hash table or a sort of all pairs misses
+// the caches on large meshes.
 void BuildEdges(FbxMesh& mesh) {
     FbxArray<int>& edges = mesh.GetEdgeArray();
     edges.Clear();
-    // Sorted runs rather than a hash table: a large mesh's edges do not fit
-    // the caches, and sorting walks them in order.
-    std::vector<std::pair<uint64_t, int>> pairs;  // (undirected pair, polygon-vertex index)
-    pairs.reserve(static_cast<size_t>(std::max(0, mesh.GetPolygonVertexCount())));
     const int* vertices = mesh.GetPolygonVertices();
+    const int pointCount = mesh.GetControlPointsCount();
+    const int cornerCount = std::max(0, mesh.GetPolygonVertexCount());
+    struct Pair {
+        int low = 0, high = 0;
+    };
+    std::vector<Pair> pairs(static_cast<size_t>(cornerCount));
+    std::vector<int> bucketStart(static_cast<size_t>(pointCount) + 2, 0);
     for (int p = 0; p < mesh.GetPolygonCount(); ++p) {
         const int start = mesh.GetPolygonVertexIndex(p), size = mesh.GetPolygonSize(p);
         for (int i = 0; i < size; ++i) {
-            const uint32_t a = static_cast<uint32_t>(vertices[start + i]);
-            const uint32_t b = static_cast<uint32_t>(vertices[start + (i + 1) % size]);
-            pairs.emplace_back((static_cast<uint64_t>(std::min(a, b)) << 32) | std::max(a, b), start + i);
+            int a = vertices[start + i], b = vertices[start + (i + 1) % size];
+            // A corner that names no control point shares the last bucket.
+            a = a < 0 || a >= pointCount ? pointCount : a;
+            b = b < 0 || b >= pointCount ? pointCount : b;
+            pairs[static_cast<size_t>(start + i)] = {std::min(a, b), std::max(a, b)};
+            ++bucketStart[static_cast<size_t>(std::min(a, b)) + 1];
         }
     }
-    std::sort(pairs.begin(), pairs.end());
-    std::vector<int> firsts;
-    for (size_t k = 0; k < pairs.size(); ++k)
-        if (k == 0 || pairs[k].first != pairs[k - 1].first) firsts.push_back(pairs[k].second);
-    std::sort(firsts.begin(), firsts.end());
-    for (int first : firsts) edges.PushBack(first);
+    for (size_t k = 1; k < bucketStart.size(); ++k) bucketStart[k] += bucketStart[k - 1];
+    std::vector<int> fill(bucketStart.begin(), bucketStart.end() - 1);
+    std::vector<int> bucketed(static_cast<size_t>(cornerCount));  // corners, by bucket, in corner order
+    for (int corner = 0; corner < cornerCount; ++corner)
+        bucketed[static_cast<size_t>(fill[static_cast<size_t>(pairs[static_cast<size_t>(corner)].low)]++)] = corner;
+
+    std::vector<char> first(static_cast<size_t>(cornerCount), 0);
+    std::vector<std::pair<int, int>> wide;  // (high, corner) of a bucket too large to scan
+    for (size_t bucket = 0; bucket + 1 < bucketStart.size(); ++bucket) {
+        const int begin = bucketStart[bucket], end = bucketStart[bucket + 1];
+        if (end - begin <= 32) {
+            for (int k = begin; k < end; ++k) {
+                const int corner = bucketed[static_cast<size_t>(k)];
+                bool seen = false;
+                for (int j = begin; j < k && !seen; ++j)
+                    seen = pairs[static_cast<size_t>(bucketed[static_cast<size_t>(j)])].high ==
+                           pairs[static_cast<size_t>(corner)].high;
+                first[static_cast<size_t>(corner)] = !seen;
+            }
+            continue;
+        }
+        wide.clear();
+        for (int k = begin; k < end; ++k) {
+            const int corner = bucketed[static_cast<size_t>(k)];
+            wide.emplace_back(pairs[static_cast<size_t>(corner)].high, corner);
+        }
+        std::sort(wide.begin(), wide.end());
+        for (size_t k = 0; k < wide.size(); ++k)
+            if (k == 0 || wide[k].first != wide[k - 1].first) first[static_cast<size_t>(wide[k].second)] = 1;
+    }
+    for (int corner = 0; corner < cornerCount; ++corner)
+        if (first[static_cast<size_t>(corner)]) edges.PushBack(corner);
 }
 
 }  // namespace
