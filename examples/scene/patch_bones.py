@@ -13,6 +13,9 @@ import re
 import struct
 import sys
 
+# The first bytes of a binary FBX file.
+BINARY_MAGIC = bytes.fromhex("4B 61 79 64 61 72 61 20 46 42 58 20 42 69 6E 61 72 79 20 20 00 1A 00")
+
 
 def model_id(data, name):
     """The object id of the Model record named `name`."""
@@ -30,7 +33,7 @@ def main():
         raise SystemExit("usage: patch_bones.py IN.fbx OUT.fbx BONE ARMATURE")
     source, target, bone, armature = sys.argv[1:]
     data = bytearray(open(source, "rb").read())
-    if not data.startswith(b"Kaydara FBX Binary  \x00"):
+    if not data.startswith(BINARY_MAGIC):
         raise SystemExit("patch_bones: not a binary FBX file: " + source)
     # A connection record's values: "OO", child id, parent id.
     link = b"S\x02\x00\x00\x00OOL" + struct.pack("<q", model_id(data, bone)) + b"L"

@@ -380,7 +380,7 @@ def scene_embedded(outdir):
     facts.write()
 
 
-BINARY_MAGIC = b"Kaydara FBX Binary  \x00\x1a\x00"
+BINARY_MAGIC = bytes.fromhex("4B 61 79 64 61 72 61 20 46 42 58 20 42 69 6E 61 72 79 20 20 00 1A 00")
 
 
 def main():
