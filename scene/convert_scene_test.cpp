@@ -408,8 +408,7 @@ TEST(ConvertScene, UnreadableFilesAreReportedAndListed) {
 
     // A file that opens but holds no scene adds nothing and reports nothing
     // of its own.
-    Conversion garbage(
-        dir.write("garbage.fbx", std::string("Kaydara FBX Binary  \0\x1a\0", 23) + std::string(40, '\xff')));
+    Conversion garbage(dir.write("garbage.fbx", readFile(kDemo).substr(0, 27) + std::string(40, '\xff')));
     EXPECT_TRUE(garbage.container.models().empty());
 }
 
