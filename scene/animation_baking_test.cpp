@@ -76,38 +76,6 @@ protected:
     ErrorReporter errors{err};
 };
 
-TEST_F(AnimationBaking, SixtyFramesASecondOfLocalTranslationAndRotation) {
-    FbxAnimLayer* layer = Stack("Take");
-    Keys(hips->LclTranslation(), layer, 0, {{0.0, 0.0f}, {1.0, 60.0f}});
-    Keys(spine->LclRotation(), layer, 2, {{0.0, 0.0f}, {1.0, 90.0f}});
-    // Scale is not baked: the rotation stays a pure one.
-    Keys(spine->LclScaling(), layer, 0, {{0.0, 3.0f}, {1.0, 3.0f}});
-    FbxAnimLayer* second = Stack("Second");  // only the first stack counts
-    Keys(hips->LclTranslation(), second, 1, {{0.0, 0.0f}, {5.0, 1.0f}});
-
-    const tarn::Animation* animation = Bake();
-    ASSERT_NE(animation, nullptr);
-    EXPECT_EQ(animation->name, "");
-    EXPECT_EQ(animation->boneNames, (std::vector<std::string>{"Hips", "Spine"}));
-    // The frame at the end of the interval is not sampled.
-    EXPECT_EQ(animation->frameCount, 60);
-    EXPECT_EQ(animation->framesPerSecondNumerator, 60u);
-    EXPECT_EQ(animation->framesPerSecondDenominator, 1u);
-    ASSERT_EQ(animation->transforms.size(), 120u);
-    for (int f : {0, 1, 30, 59}) {
-        const tarn::AnimTransform& h = animation->transforms[2 * f];
-        EXPECT_NEAR(h.translation[0], f, 1e-3f) << f;
-        EXPECT_EQ(h.translation[1], 0.0f);
-        EXPECT_EQ(h.rotation, (std::array<float, 4>{0, 0, 0, 1}));
-        // The spine's channel, relative to its parent.
-        const tarn::AnimTransform& s = animation->transforms[2 * f + 1];
-        EXPECT_EQ(s.translation, (std::array<float, 3>{0, 2, 0}));
-        const double half = f * 1.5 * M_PI / 360.0;  // half of f * 1.5 degrees
-        EXPECT_NEAR(s.rotation[2], std::sin(half), 1e-5) << f;
-        EXPECT_NEAR(s.rotation[3], std::cos(half), 1e-5) << f;
-    }
-}
-
 TEST_F(AnimationBaking, LengthOfTheIntervalSetsTheFramesSamplingStartsAtZero) {
     FbxAnimLayer* layer = Stack("Take");
     // From second 2 to 3: 60 frames at 0 to 59/60 seconds, before the first

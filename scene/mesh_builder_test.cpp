@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cstring>
 
 #include "fbx/model/fbx_manager.h"
@@ -12,9 +11,7 @@
 
 namespace {
 
-using Floats2 = std::array<float, 2>;
 using Floats3 = std::array<float, 3>;
-using Bytes4 = std::array<uint8_t, 4>;
 using Indices = std::vector<uint16_t>;
 constexpr auto kPlain = tarn::VertexFormat::Position3Normal3Color4TexCoord4;
 
@@ -23,24 +20,9 @@ protected:
     void SetUp() override { mesh = FbxMesh::Create(manager, "mesh"); }
     void TearDown() override { manager->Destroy(); }
 
-    // Control points on the plane z = 0, all with the normal +Z.
-    void Points(std::initializer_list<std::pair<double, double>> points) {
-        mesh->InitControlPoints(static_cast<int>(points.size()));
-        int i = 0;
-        for (const auto& [x, y] : points) mesh->SetControlPointAt(FbxVector4(x, y, 0), FbxVector4(0, 0, 1), i++);
-    }
     void Polygon(std::initializer_list<int> corners) {
         mesh->BeginPolygon();
         for (int c : corners) mesh->AddPolygon(c);
-    }
-    // A UV set on a layer of its own, by polygon vertex through the index array.
-    void Uvs(const char* name, std::initializer_list<FbxVector2> values, std::initializer_list<int> indices) {
-        FbxLayerElementUV* uv = FbxLayerElementUV::Create(mesh, name);
-        uv->SetMappingMode(FbxLayerElement::eByPolygonVertex);
-        uv->SetReferenceMode(FbxLayerElement::eIndexToDirect);
-        for (const FbxVector2& v : values) uv->GetDirectArray().Add(v);
-        for (int i : indices) uv->GetIndexArray().Add(i);
-        mesh->GetLayer(mesh->CreateLayer())->SetUVs(uv);
     }
     PolygonSource Source() {
         mesh->GetUVSetNames(uvSetNames);
@@ -88,44 +70,6 @@ protected:
     FbxMesh* mesh = nullptr;
     std::vector<FbxString> uvSetNames;
 };
-
-TEST_F(MeshBuilderTest, PolygonsAreFannedAndVerticesWeldedByTheirBytes) {
-    Points({{0, 0}, {1, 0}, {1, 1}, {0, 1}, {-0.0, 0}, {0.1, 0}});
-    Polygon({0, 1, 2, 3});     // two triangles
-    Polygon({0, 2, 3});        // all three corners weld with the quad's
-    Polygon({4, 1, 2});        // -0 is not +0: one new vertex
-    Polygon({0, 1, 2, 3, 5});  // three triangles around corner 0
-    Uvs("map", {FbxVector2(0, 0), FbxVector2(0.5, 0), FbxVector2(0.5, 0.3), FbxVector2(0, 0.25)},
-        {0, 1, 2, 3, 0, 2, 3, 0, 1, 2, 0, 1, 2, 3, 3});
-    Uvs("second", {FbxVector2(0.125, 0.5)}, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-
-    const auto meshes = Build(kPlain);
-    ASSERT_EQ(meshes.size(), 1u);
-    EXPECT_EQ(IndicesOf(meshes[0]), (Indices{0, 1, 2, 0, 2, 3, 0, 2, 3, 4, 1, 2, 0, 1, 2, 0, 2, 3, 0, 3, 5}));
-    const auto vertices = Vertices<VertexP3N3C4T4>(meshes[0]);
-    ASSERT_EQ(vertices.size(), 6u);
-    EXPECT_EQ(vertices[1].position, (Floats3{1, 0, 0}));
-    EXPECT_EQ(std::bit_cast<uint32_t>(vertices[4].position[0]), 0x80000000u);
-    EXPECT_EQ(vertices[5].position, (Floats3{0.1f, 0, 0}));  // narrowed from double
-    for (const VertexP3N3C4T4& v : vertices) {
-        EXPECT_EQ(v.normal, (Floats3{0, 0, 1}));
-        EXPECT_EQ(v.color, Bytes4{});
-        EXPECT_EQ(v.texCoord1, (Floats2{0.125f, 0.5f}));
-    }
-    // V runs the other way, worked out before narrowing.
-    EXPECT_EQ(vertices[0].texCoord0, (Floats2{0, 1}));
-    EXPECT_EQ(vertices[2].texCoord0, (Floats2{0.5f, static_cast<float>(1.0 - 0.3)}));
-    EXPECT_EQ(vertices[5].texCoord0, (Floats2{0, 0.75f}));
-    ASSERT_EQ(meshes[0]->materialGroups().size(), 1u);
-    EXPECT_EQ(meshes[0]->materialGroups()[0].primitiveCount, 7u);
-
-    // A corner whose UV cannot be read has (0, 1); a missing set gives (0, 0).
-    mesh->GetElementUV(0)->GetIndexArray().SetAt(1, 9);
-    mesh->GetElementUV(0)->GetIndexArray().SetAt(2, -1);
-    EXPECT_EQ(readPolygonUv(*mesh, 0, 1, uvSetNames, 0), (Floats2{0, 1}));
-    EXPECT_EQ(readPolygonUv(*mesh, 0, 2, uvSetNames, 0), (Floats2{0, 1}));
-    EXPECT_EQ(readPolygonUv(*mesh, 0, 0, uvSetNames, 2), (Floats2{0, 0}));
-}
 
 TEST_F(MeshBuilderTest, BadPolygonsAreSkippedWhole) {
     mesh->InitControlPoints(3);
